@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <vector>
+
+class QTcpSocket;
+
+// One TCP client socket per listed controller; socket i belongs to list entry i.
+// The array grows with the list, so every listed controller can be connected.
+// An index outside the array is a socket that is not connected.
+class DeviceLink : public QObject {
+    Q_OBJECT
+public:
+    static constexpr quint16 ControllerPort = 23;
+
+    explicit DeviceLink(QObject* parent = nullptr);
+    ~DeviceLink() override;
+
+    // Close socket i and start connecting it to host, port 23.
+    void connectTo(int index, const QString& host);
+    void close(int index);
+    bool isConnected(int index) const;
+    // Writes nothing to a socket that is not connected; the caller goes on regardless.
+    void write(int index, const QByteArray& line);
+    // All data waiting on socket i, one byte per character.
+    QString readAll(int index);
+
+signals:
+    void dataArrived(int index);
+
+private:
+    QTcpSocket* socket(int index) const;
+
+    std::vector<QTcpSocket*> sockets_;
+};

@@ -1,0 +1,5 @@
+#include "output/iosetters.h"
+
+#include "window/session.h"
+
+IoSetters::IoSetters(Session& session) : s_(session) {}

@@ -1,0 +1,148 @@
+#include "system/discovery.h"
+
+#include "link/legacytext.h"
+#include "window/events.h"
+#include "window/session.h"
+
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QGroupBox>
+#include <QProcess>
+#include <QPushButton>
+#include <QTextStream>
+#include <optional>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
+
+namespace {
+
+const QString SearchProgram = QStringLiteral("ZEDA.exe");
+const QString MacFile = QStringLiteral("MAC.txt");
+const QString IpFile = QStringLiteral("IP.txt");
+constexpr int MacLength = 17;
+constexpr int AddressField = 15;
+
+QString besideTool(const QString& name)
+{
+    return QDir(QCoreApplication::applicationDirPath()).filePath(name);
+}
+
+// All lines of a text file, or nothing when it cannot be opened.
+std::optional<QStringList> readLines(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return std::nullopt;
+    QTextStream in(&file);
+    in.setEncoding(QStringConverter::Latin1);
+    QStringList lines;
+    while (!in.atEnd())
+        lines << in.readLine();
+    return lines;
+}
+
+} // namespace
+
+QString addressFromLine(const QString& line, int index)
+{
+    QStringList octets;
+    for (int offset : {1, 5, 9, 13}) {
+        const QString field = legacy::mid(line, AddressField * index + offset, 3);
+        octets << QString::number(legacy::roundHalfEven(legacy::val(field)));
+    }
+    return octets.join(u'.');
+}
+
+DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session)
+{
+    QObject::connect(s_.ui.btn_sys_search, &QPushButton::clicked, s_.ui.btn_sys_search,
+                     [this] { btn_sys_search_Click(); });
+}
+
+void DeviceDiscovery::btn_sys_search_Click()
+{
+    if (running_)
+        return; // one search at a time
+    const QString program = besideTool(SearchProgram);
+    if (!QFileInfo(program).isFile()) {
+        s_.exclamation(QStringLiteral("Cannot find %1 in %2 !")
+                           .arg(SearchProgram, QDir::toNativeSeparators(QCoreApplication::applicationDirPath())));
+        return;
+    }
+    s_.SetOffline();
+    s_.ui.cbo_ipaddr->clear();
+    running_ = true;
+    const bool ran = runSearchProgram();
+    running_ = false;
+    if (!ran)
+        return;
+
+    const std::optional<QStringList> macLines = readLines(besideTool(MacFile));
+    const std::optional<QStringList> ipLines = readLines(besideTool(IpFile));
+    if (!macLines || !ipLines) {
+        s_.exclamation(QStringLiteral("%1 left no readable %2 !")
+                           .arg(SearchProgram, macLines ? IpFile : MacFile));
+        return;
+    }
+    QStringList macs;
+    for (const QString& line : *macLines)
+        macs << line.left(MacLength);
+    if (macs.size() > MaxDevices) {
+        s_.exclamation(QStringLiteral("%1 lists %2 devices; only the first %3 are shown !")
+                           .arg(MacFile).arg(macs.size()).arg(MaxDevices));
+        macs = macs.mid(0, MaxDevices);
+    }
+    s_.ui.cbo_ipaddr->addItems(macs);
+    s_.ui.cbo_ipaddr->setCurrentIndex(-1);
+    const int count = static_cast<int>(macs.size());
+    ip_text = ipLines->isEmpty() ? QString() : ipLines->last();
+    s_.ip_list.clear();
+    if (count == 0) {
+        s_.exclamation(QStringLiteral("Not Find MAC !"));
+        return;
+    }
+    for (int i = 0; i < count; ++i)
+        s_.ip_list << addressFromLine(ip_text, i);
+    FillModelList();
+    s_.information(QStringLiteral("Search MAC completed !"));
+    if (s_.pump.cancelled())
+        return;
+    s_.search_done = true;
+    events::setListIndex(s_.ui.cbo_ipaddr, 0);
+    s_.ui.con_interface->setEnabled(true);
+}
+
+// Runs the search program and waits for it to end, the window staying live. False
+// when it could not be started or the window is closing.
+bool DeviceDiscovery::runSearchProgram()
+{
+    QProcess tool;
+    tool.setProgram(besideTool(SearchProgram));
+    tool.setWorkingDirectory(QCoreApplication::applicationDirPath());
+    tool.setProcessChannelMode(QProcess::ForwardedChannels);
+#ifdef Q_OS_WIN
+    tool.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* args) {
+        args->startupInfo->dwFlags |= STARTF_USESHOWWINDOW;
+        args->startupInfo->wShowWindow = SW_SHOWMINNOACTIVE;
+    });
+#endif
+    tool.start();
+    if (!tool.waitForStarted(-1) && tool.error() == QProcess::FailedToStart) {
+        s_.exclamation(QStringLiteral("Cannot start %1: %2").arg(SearchProgram, tool.errorString()));
+        return false;
+    }
+    return s_.pump.until([&] { return tool.state() == QProcess::NotRunning; });
+}
+
+void DeviceDiscovery::FillModelList()
+{
+    s_.ui.cbo_model->clear();
+    for (int i = 0; i < s_.deviceCount(); ++i)
+        s_.ui.cbo_model->addItem(legacy::signedText(i));
+    s_.ui.cbo_model->setCurrentIndex(-1);
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class Session;
+
+// "Search MAC": runs the search program beside the tool and builds the device list
+// from the two files it leaves there.
+class DeviceDiscovery {
+public:
+    static constexpr int MaxDevices = 255;
+
+    explicit DeviceDiscovery(Session& session);
+
+    void btn_sys_search_Click();
+
+private:
+    bool runSearchProgram();
+    void FillModelList();
+
+    Session& s_;
+    bool running_ = false;
+    QString ip_text; // the last line of IP.txt
+};
+
+// The dotted address of device index from the address line: fifteen characters a
+// device, octets at offsets 1, 5, 9 and 13 of its field, each by numeric value.
+QString addressFromLine(const QString& line, int index);

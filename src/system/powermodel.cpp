@@ -1,0 +1,5 @@
+#include "system/powermodel.h"
+
+#include "window/session.h"
+
+PowerModel::PowerModel(Session& session) : s_(session) {}

@@ -1,0 +1,5 @@
+#include "wall/favourites.h"
+
+#include "window/session.h"
+
+Favourites::Favourites(Session& session) : s_(session) {}

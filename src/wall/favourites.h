@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+class Session;
+
+class Favourites {
+public:
+    explicit Favourites(Session& session);
+
+private:
+    Session& s_;
+};

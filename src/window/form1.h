@@ -1,0 +1,73 @@
+#pragma once
+
+#include "window/session.h"
+
+#include <QMainWindow>
+#include <memory>
+
+class ReplyDispatcher;
+class WallGeometry;
+class BezelCorrection;
+class Favourites;
+class BypassHotKey;
+class PositionTrim;
+class IoSetup;
+class IoSetters;
+class PictureRead;
+class PictureControls;
+class NetworkConfig;
+class PowerModel;
+class DeviceDiscovery;
+class StatusRefresh;
+
+// The main window. Constructing it runs the start-up: lists filled, not connected,
+// every page disabled until a search has found controllers and one is connected.
+class Form1 : public QMainWindow, public Session {
+    Q_OBJECT
+public:
+    static inline const QString Title = QStringLiteral("Panomat Set v1.10");
+
+    explicit Form1(QWidget* parent = nullptr);
+    ~Form1() override;
+
+    void SetOffline() override;
+    void LockPanels() override;
+    void UnlockPanels() override;
+    void RefreshAll() override;
+    void ReadBypassBezel() override;
+
+    void ShowPage(int page);
+
+    void btn_con_Click();
+    void cbo_ipaddr_Click();
+    void btn_discon_Click();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void Form_Load();
+    void fillLists();
+    void connectPageSelectors();
+    void plugReplyHandlers();
+    void setConnectedState();
+    void setPageFramesEnabled(bool enabled);
+    void setButtonColour(QWidget* button, const QColor& colour);
+    bool waitForSelected();
+
+    std::unique_ptr<ReplyDispatcher> dispatcher_;
+
+    std::unique_ptr<NetworkConfig> network_;
+    std::unique_ptr<BezelCorrection> bezel_;
+    std::unique_ptr<IoSetup> ioSetup_;
+    std::unique_ptr<StatusRefresh> status_;
+    std::unique_ptr<WallGeometry> wall_;
+    std::unique_ptr<Favourites> favourites_;
+    std::unique_ptr<BypassHotKey> bypass_;
+    std::unique_ptr<PositionTrim> trim_;
+    std::unique_ptr<IoSetters> ioSetters_;
+    std::unique_ptr<PictureRead> pictureRead_;
+    std::unique_ptr<PictureControls> pictureControls_;
+    std::unique_ptr<PowerModel> power_;
+    std::unique_ptr<DeviceDiscovery> discovery_;
+};

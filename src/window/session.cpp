@@ -1,0 +1,55 @@
+#include "window/session.h"
+
+#include <QComboBox>
+#include <QCoreApplication>
+
+Session::Session(QWidget* window) : window_(window)
+{
+}
+
+int Session::selected() const { return ui.cbo_ipaddr->currentIndex(); }
+
+int Session::deviceCount() const { return ui.cbo_ipaddr->count(); }
+
+bool Session::linkUp() const { return link.isConnected(selected()); }
+
+bool Session::guard()
+{
+    if (linkUp())
+        return true;
+    critical(QStringLiteral("Ethernet is disconnected !"));
+    SetOffline();
+    return false;
+}
+
+void Session::send(const QByteArray& line)
+{
+    if (!pump.cancelled())
+        link.write(selected(), line);
+}
+
+void Session::sendAll(const QByteArray& line)
+{
+    for (int i = 0; i < deviceCount() && !pump.cancelled(); ++i)
+        link.write(i, line);
+}
+
+bool Session::waitFor(const quint8& byte, int value)
+{
+    return pump.until([&] { return byte == value; });
+}
+
+QMessageBox::StandardButton Session::message(QMessageBox::Icon icon, const QString& text,
+                                             QMessageBox::StandardButtons buttons)
+{
+    if (pump.cancelled())
+        return QMessageBox::NoButton;
+    QMessageBox box(icon, QCoreApplication::applicationName(), text, buttons, window_);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+bool Session::askYes(const QString& text)
+{
+    return message(QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No) ==
+           QMessageBox::Yes;
+}

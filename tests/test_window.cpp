@@ -1,0 +1,307 @@
+#include "support/fakecontroller.h"
+#include "support/formdriver.h"
+#include "support/messageboxanswerer.h"
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QTest>
+
+using driver::find;
+
+// Each test uses its own addresses in 127.10.0.0/16.
+class TestWindow : public QObject {
+    Q_OBJECT
+private slots:
+    void startupState();
+    void startupLists();
+    void pageSelectors_data();
+    void pageSelectors();
+    void connectSendsOsdInfoAndEnables();
+    void connectFailsAfterPassLimit();
+    void connectWithoutSelection();
+    void guardGoesOfflineWhenDeviceDrops();
+    void selectionReconnectsOnlyThatDevice();
+    void broadcastReachesEveryListedSocket();
+    void tenDevicesConnect();
+    void textInfoShowsLatestChunkOfSelectedSocket();
+    void closingEndsRunningWait();
+
+private:
+    static QColor buttonColour(Form1& form, const char* name)
+    {
+        return find<QPushButton>(form, QLatin1String(name))->palette().color(QPalette::Button);
+    }
+};
+
+void TestWindow::startupState()
+{
+    Form1 form;
+    QCOMPARE(form.windowTitle(), QStringLiteral("Panomat Set v1.10"));
+    QVERIFY(!form.at_startup); // start-up ran SetOffline once
+    QVERIFY(!form.is_connected);
+    QVERIFY(!form.search_done);
+    for (const char* frame : {"net_config", "con_interface", "frame_control(0)", "frame_control(5)"})
+        QVERIFY2(!find<QGroupBox>(form, QLatin1String(frame))->isEnabled(), frame);
+    QVERIFY(find<QGroupBox>(form, QStringLiteral("sys_setting"))->isEnabled());
+    QVERIFY(find<QPushButton>(form, QStringLiteral("btn_sys_search"))->isEnabled());
+    for (const char* control : {"power_ctl(0)", "btn_sys_fac_rst", "btn_sys_refresh"})
+        QVERIFY2(!find<QWidget>(form, QLatin1String(control))->isEnabled(), control);
+    QVERIFY(!find<QCheckBox>(form, QStringLiteral("Check1(0)"))->isEnabled());
+    QVERIFY(!find<QCheckBox>(form, QStringLiteral("Check1(1)"))->isEnabled());
+    QVERIFY(!find<QPushButton>(form, QStringLiteral("power_ctl(0)"))->isHidden());
+    QVERIFY(find<QPushButton>(form, QStringLiteral("power_ctl(1)"))->isHidden());
+    QVERIFY(find<QPushButton>(form, QStringLiteral("power_ctl(2)"))->isHidden());
+    QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
+    QVERIFY(find<QProgressBar>(form, QStringLiteral("ProgressBar1"))->isHidden());
+    QCOMPARE(buttonColour(form, "btn_discon"), QColor(255, 0, 0));
+    QCOMPARE(find<QPushButton>(form, QStringLiteral("power_ctl(1)"))->palette().color(QPalette::Button),
+             QColor(0, 255, 0));
+    QCOMPARE(find<QScrollBar>(form, QStringLiteral("HS_A(15)"))->maximum(), 510);
+    QCOMPARE(find<QScrollBar>(form, QStringLiteral("HS_A(15)"))->value(), 0);
+    QCOMPARE(find<QLabel>(form, QStringLiteral("value_posi(3)"))->text(), QStringLiteral("Value"));
+}
+
+void TestWindow::startupLists()
+{
+    Form1 form;
+    struct Expected {
+        const char* name;
+        int count;
+        const char* first;
+        const char* last;
+        const char* text; // shown before anything is chosen
+    };
+    const Expected lists[] = {
+        {"cbo_val_H(1)", 256, " 0", " 255", ""},  {"cbo_val_V(4)", 256, " 0", " 255", ""},
+        {"cbo_tv_row", 15, " 1", " 15", "1~15"},   {"cbo_tv_col", 15, " 1", " 15", "1~15"},
+        {"cbo_tv_posi", 0, "", "", "1~MxN"},      {"cbo_tv_ch", 4, "Out A", "Out D", ""},
+        {"cbo_ip_type", 2, "DHCP", "STATIC", ""}, {"cbo_info_play", 2, "OFF", "ON", ""},
+        {"cbo_reso", 17, "720p50", "Native", ""}, {"cbo_image_bri(1)", 101, "0", "100", "0~100"},
+        {"cbo_image_hue(4)", 101, "0", "100", "0~100"}, {"cbo_osd(0)", 21, "0", "20", "0~20"},
+        {"cbo_osd(1)", 21, "0", "20", "0~20"},    {"cbo_osd_gain", 11, "0", "10", "0~10"},
+        {"cbo_osd_time", 49, "2", "50", ""},      {"cbo_ipaddr", 0, "", "", ""},
+        {"cbo_model", 0, "", "", ""}};
+    for (const Expected& e : lists) {
+        auto* box = find<QComboBox>(form, QLatin1String(e.name));
+        QCOMPARE(box->count(), e.count);
+        QCOMPARE(box->itemText(0), QLatin1String(e.first));
+        QCOMPARE(box->itemText(box->count() - 1), QLatin1String(e.last));
+        QCOMPARE(box->currentIndex(), -1);
+        QCOMPARE(box->currentText(), QLatin1String(e.text));
+    }
+    QCOMPARE(find<QComboBox>(form, QStringLiteral("cbo_reso"))->itemText(6), QStringLiteral("1080p60"));
+    QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_tv_fs(23)"))->text(), QStringLiteral("6x3"));
+    QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_tv_fs(6)"))->text(), QStringLiteral("2x3"));
+    QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_recall(5)"))->text(), QStringLiteral("FAV 5"));
+}
+
+void TestWindow::pageSelectors_data()
+{
+    QTest::addColumn<QString>("selector");
+    QTest::addColumn<QString>("caption");
+    QTest::addColumn<int>("page");
+    QTest::newRow("opt_tv1") << "opt_tv1" << "Panomat (1)" << 0;
+    QTest::newRow("opt_tv2") << "opt_tv2" << "Panomat (2)" << 1;
+    QTest::newRow("opt_io") << "opt_io" << "I/O Setup" << 2;
+    QTest::newRow("opt_image") << "opt_image" << "Image Adjust" << 3;
+    QTest::newRow("opt_tv3 is captioned (4)") << "opt_tv3" << "Panomat (4)" << 4;
+    QTest::newRow("opt_tv4 is captioned (3)") << "opt_tv4" << "Panomat (3)" << 5;
+}
+
+void TestWindow::pageSelectors()
+{
+    QFETCH(QString, selector);
+    QFETCH(QString, caption);
+    QFETCH(int, page);
+    Form1 form;
+    form.show();
+    auto* option = find<QRadioButton>(form, selector);
+    QCOMPARE(option->text(), caption);
+    driver::click(option);
+    for (int i = 0; i < 6; ++i) {
+        auto* frame = find<QGroupBox>(form, QStringLiteral("frame_control(%1)").arg(i));
+        QCOMPARE(frame->isVisible(), i == page);
+        QVERIFY(!frame->isEnabled()); // shown but not usable while not connected
+    }
+    QCOMPARE(find<QGroupBox>(form, QStringLiteral("frame_control(%1)").arg(page))->pos(), QPoint(128, 208));
+}
+
+void TestWindow::connectSendsOsdInfoAndEnables()
+{
+    FakeController device(QStringLiteral("127.10.1.1"));
+    device.answerLikeController();
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, {device.address()});
+    QTRY_VERIFY(device.received().startsWith("SOSDI\r\n"));
+    QVERIFY(form.is_connected);
+    QCOMPARE(buttonColour(form, "btn_con"), QColor(0, 255, 0));
+    QVERIFY(buttonColour(form, "btn_discon") != QColor(255, 0, 0));
+    for (const char* control : {"net_config", "frame_control(0)", "frame_control(5)", "power_ctl(0)",
+                                "btn_sys_fac_rst", "btn_sys_refresh", "Check1(0)", "Check1(1)"})
+        QVERIFY2(find<QWidget>(form, QLatin1String(control))->isEnabled(), control);
+    QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
+
+    driver::click(find<QPushButton>(form, QStringLiteral("btn_discon")));
+    QVERIFY(!form.is_connected);
+    QTRY_COMPARE(device.connectionCount(), 0);
+    QCOMPARE(buttonColour(form, "btn_discon"), QColor(255, 0, 0));
+    QVERIFY(!find<QGroupBox>(form, QStringLiteral("frame_control(1)"))->isEnabled());
+}
+
+void TestWindow::connectFailsAfterPassLimit()
+{
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::listDevices(form, {QStringLiteral("127.10.2.1")}); // nothing listens there
+    driver::click(find<QPushButton>(form, QStringLiteral("btn_con")));
+    QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Connected error!")});
+    QCOMPARE(boxes.seen().first().icon, QMessageBox::Warning);
+    QCOMPARE(boxes.seen().first().buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QVERIFY(!form.is_connected);
+    QVERIFY(!find<QGroupBox>(form, QStringLiteral("frame_control(0)"))->isEnabled());
+    QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
+}
+
+void TestWindow::connectWithoutSelection()
+{
+    FakeController device(QStringLiteral("127.10.3.1"));
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::listDevices(form, {device.address()});
+    form.ui.cbo_ipaddr->setCurrentIndex(-1);
+    driver::click(find<QPushButton>(form, QStringLiteral("btn_con")));
+    QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Please select a MAC to connect !")});
+    QCOMPARE(boxes.seen().first().icon, QMessageBox::Warning);
+    QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
+    QVERIFY(!form.is_connected);
+    QTRY_COMPARE(device.acceptedCount(), 1); // every listed device is connected all the same
+}
+
+void TestWindow::guardGoesOfflineWhenDeviceDrops()
+{
+    FakeController device(QStringLiteral("127.10.4.1"));
+    device.answerLikeController();
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, {device.address()});
+    boxes.clear();
+    device.dropConnections();
+    QTRY_VERIFY(!form.linkUp());
+    QVERIFY(!form.guard());
+    QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Ethernet is disconnected !")});
+    QCOMPARE(boxes.seen().first().icon, QMessageBox::Critical);
+    QVERIFY(!form.is_connected);
+    QVERIFY(!find<QGroupBox>(form, QStringLiteral("net_config"))->isEnabled());
+}
+
+void TestWindow::selectionReconnectsOnlyThatDevice()
+{
+    FakeController first(QStringLiteral("127.10.5.1"));
+    FakeController second(QStringLiteral("127.10.5.2"));
+    first.answerLikeController();
+    second.answerLikeController();
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, {first.address(), second.address()});
+    QTRY_COMPARE(second.acceptedCount(), 1);
+    QVERIFY(second.received().isEmpty());
+    driver::pick(form.ui.cbo_ipaddr, 1);
+    QCOMPARE(second.acceptedCount(), 2);
+    QTRY_VERIFY(second.received().startsWith("SOSDI\r\n"));
+    QCOMPARE(first.acceptedCount(), 1);
+    QVERIFY(form.is_connected);
+}
+
+void TestWindow::broadcastReachesEveryListedSocket()
+{
+    FakeController a(QStringLiteral("127.10.6.1"));
+    FakeController b(QStringLiteral("127.10.6.2"));
+    FakeController c(QStringLiteral("127.10.6.3"));
+    a.answerLikeController();
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, {a.address(), b.address(), c.address()});
+    QTRY_COMPARE(c.acceptedCount(), 1);
+    b.stopListening();
+    QTRY_VERIFY(!form.link.isConnected(1));
+    boxes.clear();
+    a.clear();
+    form.sendAll("SBY 1\r\n");
+    QTRY_COMPARE(c.lines(), QStringList{QStringLiteral("SBY 1")});
+    QTRY_COMPARE(a.lines(), QStringList{QStringLiteral("SBY 1")});
+    QVERIFY(boxes.texts().isEmpty()); // a device that is down gets no message
+}
+
+void TestWindow::tenDevicesConnect()
+{
+    std::vector<std::unique_ptr<FakeController>> devices;
+    QStringList addresses;
+    for (int i = 1; i <= 10; ++i) {
+        devices.push_back(std::make_unique<FakeController>(QStringLiteral("127.10.7.%1").arg(i)));
+        devices.back()->answerLikeController();
+        addresses << devices.back()->address();
+    }
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, addresses);
+    for (auto& device : devices)
+        QTRY_COMPARE(device->acceptedCount(), 1);
+    form.sendAll("SFAVE 2\r\n");
+    for (auto& device : devices)
+        QTRY_VERIFY(device->lines().contains(QStringLiteral("SFAVE 2")));
+    driver::pick(form.ui.cbo_ipaddr, 9);
+    QTRY_VERIFY(devices[9]->lines().contains(QStringLiteral("SOSDI")));
+}
+
+void TestWindow::textInfoShowsLatestChunkOfSelectedSocket()
+{
+    FakeController selected(QStringLiteral("127.10.8.1"));
+    FakeController other(QStringLiteral("127.10.8.2"));
+    selected.answerLikeController();
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, {selected.address(), other.address()});
+    QTRY_COMPARE(other.connectionCount(), 1);
+    auto* info = find<QLineEdit>(form, QStringLiteral("TextInfo"));
+
+    selected.push("POWE001\r\n");
+    QTRY_COMPARE(info->text(), QStringLiteral("POWE001\r\n"));
+    selected.push("MODN002\r\n");
+    QTRY_COMPARE(info->text(), QStringLiteral("MODN002\r\n"));
+    // Data on another socket makes the selected one be read: nothing is there.
+    other.push("BYPA001\r\n");
+    QTRY_COMPARE(info->text(), QString());
+}
+
+void TestWindow::closingEndsRunningWait()
+{
+    Form1 form;
+    form.show();
+    bool closedDuringWait = false;
+    bool result = true;
+    QTimer::singleShot(0, &form, [&] {
+        QTimer::singleShot(50, &form, [&] { closedDuringWait = true; form.close(); });
+        form.w.wait_wall = 1;
+        result = form.waitFor(form.w.wait_wall, 2); // no reply ever comes
+    });
+    QTRY_VERIFY(closedDuringWait);
+    QVERIFY(!result);
+    QVERIFY(form.pump.cancelled());
+}
+
+int main(int argc, char* argv[])
+{
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication app(argc, argv);
+    TestWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_window.moc"

@@ -1,19 +1,143 @@
 #include "wall/bezelcorrection.h"
 
+#include "link/command.h"
+#include "link/legacytext.h"
+#include "window/events.h"
 #include "window/session.h"
 
-BezelCorrection::BezelCorrection(Session& session) : s_(session) {}
+#include <QCheckBox>
+#include <QComboBox>
+#include <QPushButton>
+#include <QRadioButton>
+
+namespace {
+
+constexpr int DefaultBezel = 10;
+
+} // namespace
+
+BezelCorrection::BezelCorrection(Session& session) : s_(session)
+{
+    Controls& ui = s_.ui;
+    // The one Send sends both columns; the V column's Send has no action of its own.
+    QObject::connect(ui.btn_H_Bezel_send, &QPushButton::clicked, ui.btn_H_Bezel_send,
+                     [this] { btn_H_Bezel_send_Click(); });
+    QObject::connect(ui.btn_panomat_refresh, &QPushButton::clicked, ui.btn_panomat_refresh,
+                     [this] { btn_panomat_refresh_Click(); });
+    QObject::connect(ui.btn_panomat_reset, &QPushButton::clicked, ui.btn_panomat_reset,
+                     [this] { btn_panomat_reset_Click(); });
+    for (int i = 0; i < 2; ++i)
+        QObject::connect(ui.opt_bezel[i], &QRadioButton::clicked, ui.opt_bezel[i],
+                         [this, i] { opt_bezel_Click(i); });
+}
+
+// Eight values, each after the previous acknowledgement, then the mode is read back.
+void BezelCorrection::btn_H_Bezel_send_Click()
+{
+    if (!s_.guard())
+        return;
+    WaitBytes& w = s_.w;
+    if (w.wait_bezel != 0 || w.wait_wall_default != 0)
+        return; // a Refresh or Reset is running
+    w.wait_bezel_set = 1;
+    for (int n = 1; n <= 4; ++n) {
+        s_.send(command::line(QStringLiteral("SCBH"), n, s_.ui.cbo_val_H[n]->currentIndex()));
+        if (!s_.waitFor(w.wait_bezel_set, n + 1))
+            return;
+    }
+    for (int n = 1; n <= 4; ++n) {
+        s_.send(command::line(QStringLiteral("SCBV"), n, s_.ui.cbo_val_V[n]->currentIndex()));
+        if (!s_.waitFor(w.wait_bezel_set, n + 5))
+            return;
+    }
+    w.wait_bezel_set = 0;
+    w.wait_status = 4;
+    s_.send(command::line(QStringLiteral("RBEZ")));
+    if (!s_.waitFor(w.wait_status, 5))
+        return;
+    w.wait_status = 0;
+}
 
 void BezelCorrection::btn_panomat_refresh_Click()
 {
+    if (!s_.guard())
+        return;
+    WaitBytes& w = s_.w;
+    w.wait_bezel = 1;
+    for (int n = 1; n <= 4; ++n) {
+        s_.send(command::line(QStringLiteral("RCBH"), n));
+        if (!s_.waitFor(w.wait_bezel, n + 1))
+            return;
+    }
+    for (int n = 1; n <= 4; ++n) {
+        s_.send(command::line(QStringLiteral("RCBV"), n));
+        if (!s_.waitFor(w.wait_bezel, n + 5))
+            return;
+    }
+    w.wait_bezel = 0;
 }
 
+// The defaults show at once, before the controller has answered.
+void BezelCorrection::btn_panomat_reset_Click()
+{
+    if (!s_.guard())
+        return;
+    WaitBytes& w = s_.w;
+    w.wait_wall_default = 1;
+    for (int n = 1; n <= 4; ++n)
+        s_.ui.cbo_val_H[n]->setCurrentIndex(DefaultBezel);
+    for (int n = 1; n <= 4; ++n)
+        s_.ui.cbo_val_V[n]->setCurrentIndex(DefaultBezel);
+    s_.send(command::line(QStringLiteral("SWDE")));
+    if (!s_.waitFor(w.wait_wall_default, 2))
+        return;
+    w.wait_wall_default = 0;
+    w.wait_status = 3;
+    s_.send(command::line(QStringLiteral("RBY")));
+    if (!s_.waitFor(w.wait_status, 4))
+        return;
+    w.wait_status = 0;
+}
+
+void BezelCorrection::opt_bezel_Click(int index)
+{
+    if (!s_.guard())
+        return;
+    if (index != 0 && index != 1)
+        return;
+    if (s_.w.wait_status != 0)
+        return; // the status read is setting the option, not the operator
+    s_.sendTo(s_.ui.Check1[2]->isChecked(), command::line(QStringLiteral("SBEZ"), index));
+}
+
+// The replies do not name the output: the step says which box the value belongs to.
+// Key and value sit at characters 8-11 and 12-14 of these replies.
 void BezelCorrection::HandleBezelValueReply(const QString& reply)
 {
-    Q_UNUSED(reply);
+    const QString key = reply::longKey(reply);
+    quint8& step = s_.w.wait_bezel;
+    const int value = legacy::roundHalfEven(legacy::val(reply::longValue(reply)));
+    QComboBox* box = nullptr;
+    if (key == QLatin1String("CBHV") && step >= 1 && step <= 4)
+        box = s_.ui.cbo_val_H[step];
+    else if (key == QLatin1String("CBVV") && step >= 5 && step <= 8)
+        box = s_.ui.cbo_val_V[step - 4];
+    if (!box || !events::setListIndex(box, value))
+        return;
+    ++step;
 }
 
+// Acknowledgements advance strictly in order: "CBHC001".."CBHC004", "CBVC001".."CBVC004".
 void BezelCorrection::HandleBezelAckReply(const QString& reply)
 {
-    Q_UNUSED(reply);
+    const QString key = reply::key(reply);
+    const QString value = reply::value(reply);
+    quint8& step = s_.w.wait_bezel_set;
+    if (step < 1 || step > 8)
+        return;
+    const bool horizontal = step <= 4;
+    const int output = horizontal ? step : step - 4;
+    if (key == QLatin1String(horizontal ? "CBHC" : "CBVC") &&
+        value == QStringLiteral("00%1").arg(output))
+        ++step;
 }

@@ -25,8 +25,6 @@ class StatusRefresh;
 class Form1 : public QMainWindow, public Session {
     Q_OBJECT
 public:
-    static inline const QString Title = QStringLiteral("Panomat Set v1.10");
-
     explicit Form1(QWidget* parent = nullptr);
     ~Form1() override;
 

@@ -53,3 +53,5 @@ bool Session::askYes(const QString& text)
     return message(QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No) ==
            QMessageBox::Yes;
 }
+
+void Session::setTitle(const QString& title) { window_->setWindowTitle(title); }

@@ -14,6 +14,8 @@
 // wait bytes, the device list and the window's own procedures. Form1 is the one Session.
 class Session {
 public:
+    static inline const QString Title = QStringLiteral("Panomat Set v1.10");
+
     explicit Session(QWidget* window);
     virtual ~Session() = default;
 
@@ -59,6 +61,8 @@ public:
     void information(const QString& text) { message(QMessageBox::Information, text); }
     void plain(const QString& text) { message(QMessageBox::NoIcon, text); }
     bool askYes(const QString& text);
+
+    void setTitle(const QString& title);
 
 private:
     QWidget* window_;

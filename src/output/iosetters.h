@@ -2,12 +2,34 @@
 
 #include <QString>
 
+class QComboBox;
 class Session;
 
+// The I/O page's seven setters: a pick, an option click or Enter in an editable list
+// sends the setting at once, to the selected controller or, with that setting's own
+// "ALL IP" box ticked, to every listed one. Nothing is awaited.
 class IoSetters {
 public:
     explicit IoSetters(Session& session);
 
+    void cbo_reso_Click();
+    void cbo_info_play_Click();
+    void cbo_osd_Click(int index);
+    void cbo_osd_time_Click();
+    void cbo_osd_gain_Click();
+    void opt_mute_Click(int index);
+    void cbo_osd_KeyDown(int index, int keyCode);
+    void cbo_osd_gain_KeyDown(int keyCode);
+
 private:
+    // The link test of these setters: message, optionally clear the model list, go
+    // offline. False when the link is down.
+    bool linkTest(bool clearModel);
+    // A click raised while the page is being read or reset is not the operator's.
+    bool pageBusy() const;
+    void sendSetting(int allIpBox, const QByteArray& line);
+    void typedSetter(QComboBox* box, const QString& keyword, int maximum, int allIpBox,
+                     int keyCode);
+
     Session& s_;
 };

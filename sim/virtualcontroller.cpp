@@ -1,0 +1,368 @@
+#include "virtualcontroller.h"
+
+#include "commandhandler.h"
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QPointer>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+#include <deque>
+#include <functional>
+#include <optional>
+
+namespace sim {
+
+namespace {
+
+constexpr int MaxReceivedKept = 10000;
+
+QString printable(const QByteArray& bytes) {
+    QString out;
+    for (char c : bytes) {
+        const auto u = uchar(c);
+        if (u >= 0x20 && u < 0x7F)
+            out += QChar(u);
+        else if (c == '\r')
+            out += QStringLiteral("\\r");
+        else if (c == '\n')
+            out += QStringLiteral("\\n");
+        else
+            out += QStringLiteral("\\x%1").arg(u, 2, 16, QChar('0'));
+    }
+    return out;
+}
+
+} // namespace
+
+// One accepted connection: its line buffer and its outgoing replies, which faults
+// may delay, hold back or cut in two.
+class VirtualController::Connection : public QObject {
+public:
+    struct Item {
+        QByteArray bytes;
+        qint64 due = 0;
+        std::function<void()> after; // runs once the bytes are written
+        bool tail = false;           // second half of a split reply
+    };
+
+    Connection(VirtualController* owner, QTcpSocket* socket)
+        : QObject(owner), owner_(owner), socket_(socket) {
+        socket_->setParent(this);
+        clock_.start();
+        sendTimer_.setSingleShot(true);
+        sendTimer_.setTimerType(Qt::PreciseTimer);
+        holdTimer_.setSingleShot(true);
+        holdTimer_.setTimerType(Qt::PreciseTimer);
+        connect(&sendTimer_, &QTimer::timeout, this, [this] { pump(); });
+        connect(&holdTimer_, &QTimer::timeout, this, [this] { releaseHeld(); });
+        connect(socket_, &QTcpSocket::readyRead, this, [this] { readLines(); });
+        connect(socket_, &QTcpSocket::disconnected, this, [this] { owner_->dropConnection(this); });
+        peer_ = QStringLiteral("%1:%2")
+                    .arg(socket_->peerAddress().toString())
+                    .arg(socket_->peerPort());
+    }
+
+    QString peer() const { return peer_; }
+    int commands = 0;
+
+    void enqueue(const QByteArray& bytes, std::function<void()> after) {
+        if (bytes.isEmpty() && !after)
+            return;
+        queue_.push_back({bytes, clock_.elapsed() + owner_->faults_.latencyMs, std::move(after)});
+        pump();
+    }
+
+    // Stop reading; what is queued still goes out, then the connection closes.
+    void closeAfterQueue() {
+        closing_ = true;
+        enqueue({}, [this] { socket_->disconnectFromHost(); });
+    }
+
+    // Closes at once, dropping queued replies (network restart).
+    void closeNow() {
+        closing_ = true;
+        queue_.clear();
+        held_.reset();
+        sendTimer_.stop();
+        holdTimer_.stop();
+        socket_->disconnectFromHost();
+    }
+
+private:
+    void readLines() {
+        buffer_ += socket_->readAll();
+        while (!closing_) {
+            qsizetype end = -1;
+            for (qsizetype i = 0; i < buffer_.size(); ++i)
+                if (buffer_[i] == '\r' || buffer_[i] == '\n') {
+                    end = i;
+                    break;
+                }
+            if (end < 0)
+                break;
+            const QByteArray line = buffer_.left(end);
+            buffer_.remove(0, end + 1);
+            if (!line.trimmed().isEmpty())
+                owner_->process(this, line);
+        }
+        if (closing_)
+            buffer_.clear();
+    }
+
+    void pump() {
+        while (!queue_.empty() && queue_.front().due <= clock_.elapsed()) {
+            Item item = std::move(queue_.front());
+            queue_.pop_front();
+            deliver(std::move(item));
+        }
+        if (!queue_.empty())
+            sendTimer_.start(int(qMax<qint64>(0, queue_.front().due - clock_.elapsed())));
+    }
+
+    void deliver(Item item) {
+        if (item.tail || !owner_->faults_.join) {
+            send(std::move(item));
+            return;
+        }
+        if (item.bytes.isEmpty()) { // close or restart: a held reply goes first
+            releaseHeld();
+            if (item.after)
+                item.after();
+            return;
+        }
+        if (!held_) {
+            held_ = std::move(item);
+            holdTimer_.start(owner_->faults_.joinHoldMs);
+            return;
+        }
+        holdTimer_.stop();
+        Item joined = std::move(*held_);
+        held_.reset();
+        joined.bytes += item.bytes;
+        auto first = std::move(joined.after);
+        auto second = std::move(item.after);
+        joined.after = [first, second] {
+            if (first)
+                first();
+            if (second)
+                second();
+        };
+        send(std::move(joined));
+    }
+
+    void releaseHeld() {
+        if (!held_)
+            return;
+        Item item = std::move(*held_);
+        held_.reset();
+        holdTimer_.stop();
+        send(std::move(item));
+        pump();
+    }
+
+    void send(Item item) {
+        const Faults& f = owner_->faults_;
+        if (!item.tail && f.splitAt > 0 && item.bytes.size() > f.splitAt) {
+            write(item.bytes.left(f.splitAt));
+            queue_.push_front({item.bytes.mid(f.splitAt), clock_.elapsed() + f.splitGapMs,
+                               std::move(item.after), true});
+            return;
+        }
+        if (!item.bytes.isEmpty())
+            write(item.bytes);
+        if (item.after)
+            item.after();
+    }
+
+    // flush() hands each reply to the kernel on its own, so replies written one
+    // after the other are not merged in the socket's buffer.
+    void write(const QByteArray& bytes) {
+        socket_->write(bytes);
+        socket_->flush();
+    }
+
+    VirtualController* owner_;
+    QTcpSocket* socket_;
+    QString peer_;
+    QByteArray buffer_;
+    QElapsedTimer clock_;
+    QTimer sendTimer_;
+    QTimer holdTimer_;
+    std::deque<Item> queue_;
+    std::optional<Item> held_;
+    bool closing_ = false;
+};
+
+VirtualController::VirtualController(int number, QObject* parent) : QObject(parent) {
+    state_.number = number;
+}
+
+VirtualController::~VirtualController() {
+    stop();
+}
+
+bool VirtualController::listen(const QHostAddress& address, quint16 port) {
+    stop();
+    auto* server = new QTcpServer(this);
+    if (!server->listen(address, port)) {
+        error_ = listenErrorText(address, port, *server);
+        delete server;
+        return false;
+    }
+    server_ = server;
+    connect(server_, &QTcpServer::newConnection, this, &VirtualController::accept);
+    address_ = address;
+    port_ = port;
+    error_.clear();
+    state_ = ControllerState::factory(state_.number, address.toIPv4Address());
+    return true;
+}
+
+void VirtualController::stop() {
+    dropAll();
+    delete server_;
+    server_ = nullptr;
+}
+
+bool VirtualController::isListening() const {
+    return server_ && server_->isListening();
+}
+
+QString VirtualController::name() const {
+    return QStringLiteral("#%1 %2").arg(state_.number).arg(address_.toString());
+}
+
+void VirtualController::accept() {
+    while (QTcpSocket* s = server_->nextPendingConnection()) {
+        auto* c = new Connection(this, s);
+        connections_.append(c);
+        log(QStringLiteral("connected from %1").arg(c->peer()));
+    }
+}
+
+void VirtualController::dropConnection(Connection* c) {
+    if (!connections_.removeOne(c))
+        return;
+    log(QStringLiteral("connection from %1 closed").arg(c->peer()));
+    c->deleteLater();
+}
+
+void VirtualController::dropAll() {
+    const QList<Connection*> all = connections_;
+    connections_.clear();
+    for (Connection* c : all) {
+        c->closeNow();
+        c->deleteLater();
+    }
+}
+
+void VirtualController::process(Connection* c, const QByteArray& line) {
+    if (received_.size() >= MaxReceivedKept)
+        received_.removeFirst();
+    received_.append(line);
+    ++c->commands;
+
+    const Response r = handleCommand(state_, line);
+    const bool silent = faults_.silent.contains(r.keyword);
+
+    QString text = printable(line);
+    const QString reply = printable(r.reply.chopped(r.reply.endsWith("\r\n") ? 2 : 0));
+    if (!r.reply.isEmpty())
+        text += silent ? QStringLiteral("  ->  (silent, would be %1)").arg(reply)
+                       : QStringLiteral("  ->  %1").arg(reply);
+    if (!r.note.isEmpty())
+        text += QStringLiteral("  [%1]").arg(r.note);
+    log(text);
+
+    std::function<void()> after;
+    if (r.action != Response::Action::None) {
+        const bool factory = r.action == Response::Action::FactoryRestart;
+        // Queued: the restart deletes this connection, which is still in use here.
+        after = [this, factory] {
+            QTimer::singleShot(0, this, [this, factory] { restart(factory); });
+        };
+    }
+    c->enqueue(silent ? QByteArray() : r.reply, after);
+
+    if (faults_.dropAfter > 0 && c->commands >= faults_.dropAfter) {
+        log(QStringLiteral("dropping connection from %1 after %2 commands")
+                .arg(c->peer())
+                .arg(c->commands));
+        c->closeAfterQueue();
+    }
+}
+
+void VirtualController::restart(bool factory) {
+    dropAll();
+    QHostAddress target = address_;
+    if (factory || state_.staticMode) {
+        target = QHostAddress(state_.address);
+    } else {
+        // DHCP: the loopback "lease" is the address it already has.
+        state_.address = address_.toIPv4Address();
+        state_.mask = 0xFF000000u;
+        state_.gateway = 0x7F000001u;
+    }
+    if (target != address_ && !moveTo(target)) {
+        log(QStringLiteral("restarted, staying at %1").arg(address_.toString()));
+    } else {
+        log(QStringLiteral("restarted at %1").arg(address_.toString()));
+    }
+    emit restarted(address_);
+}
+
+bool VirtualController::moveTo(const QHostAddress& address) {
+    // A simulated controller lives on loopback only; anything else would be an
+    // address of a real network.
+    if ((address.toIPv4Address() >> 24) != 127 || address.protocol() != QHostAddress::IPv4Protocol) {
+        log(QStringLiteral("new address %1 is not in 127.0.0.0/8").arg(address.toString()));
+        return false;
+    }
+    auto* server = new QTcpServer(this);
+    if (!server->listen(address, port_)) {
+        log(listenErrorText(address, port_, *server));
+        delete server;
+        return false;
+    }
+    delete server_;
+    server_ = server;
+    connect(server_, &QTcpServer::newConnection, this, &VirtualController::accept);
+    const QString old = name();
+    address_ = address;
+    log(QStringLiteral("moved here from %1").arg(old));
+    return true;
+}
+
+void VirtualController::log(const QString& text) {
+    emit logLine(QStringLiteral("%1 %2  %3")
+                     .arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz")), name(),
+                          text));
+}
+
+QString listenErrorText(const QHostAddress& address, quint16 port, const QTcpServer& server) {
+    QString text = QStringLiteral("cannot listen on %1 port %2: %3")
+                       .arg(address.toString())
+                       .arg(port)
+                       .arg(server.errorString());
+    switch (server.serverError()) {
+    case QAbstractSocket::SocketAccessError:
+        if (port < 1024)
+            text += QStringLiteral(" (port %1 needs root or the CAP_NET_BIND_SERVICE capability, "
+                                   "e.g. sudo setcap cap_net_bind_service=+ep panomat-sim)")
+                        .arg(port);
+        break;
+    case QAbstractSocket::AddressInUseError:
+        text += QStringLiteral(" (another program already serves this address and port)");
+        break;
+    case QAbstractSocket::SocketAddressNotAvailableError:
+        text += QStringLiteral(" (the address is not on this machine)");
+        break;
+    default:
+        break;
+    }
+    return text;
+}
+
+} // namespace sim

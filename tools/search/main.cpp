@@ -1,0 +1,80 @@
+// ZEDA.exe: finds the video-wall controllers among the hosts its configuration names
+// and writes MAC.txt and IP.txt beside itself for the configuration tool.
+
+#include "zedahosts.h"
+#include "zedaprobe.h"
+#include "zedaresults.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <cstdio>
+
+namespace {
+
+void say(const QString& text) {
+    std::fprintf(stderr, "ZEDA: %s\n", qPrintable(text));
+}
+
+// The environment variable wins over the file beside the program.
+HostList configuredHosts(const QString& folder) {
+    const QString fromEnv = qEnvironmentVariable("ZEDA_HOSTS").trimmed();
+    if (!fromEnv.isEmpty()) {
+        say(QStringLiteral("hosts from ZEDA_HOSTS"));
+        return parseHostList(fromEnv);
+    }
+    QFile conf(QDir(folder).filePath(QStringLiteral("ZEDA.conf")));
+    if (!conf.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        say(QStringLiteral("no hosts to probe: %1 cannot be read (%2) and ZEDA_HOSTS is not set")
+                .arg(QDir::toNativeSeparators(conf.fileName()), conf.errorString()));
+        return {};
+    }
+    say(QStringLiteral("hosts from %1").arg(QDir::toNativeSeparators(conf.fileName())));
+    return parseHostList(QString::fromUtf8(conf.readAll()));
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QCoreApplication app(argc, argv);
+    const QString folder = QCoreApplication::applicationDirPath();
+    QElapsedTimer clock;
+    clock.start();
+
+    const HostList list = configuredHosts(folder);
+    for (const QString& e : list.errors)
+        say(QStringLiteral("ignored %1").arg(e));
+    say(QStringLiteral("probing %1 host%2 on port 23")
+            .arg(list.hosts.size())
+            .arg(list.hosts.size() == 1 ? "" : "s"));
+
+    Prober prober(Prober::Settings{});
+    QObject::connect(&prober, &Prober::controllerFound, [](quint32 a, const QByteArray& version) {
+        say(QStringLiteral("controller at %1 (%2)").arg(ipv4Text(a), QString::fromLatin1(version)));
+    });
+    QObject::connect(&prober, &Prober::finished, &app, &QCoreApplication::quit);
+    prober.start(list.hosts);
+    app.exec();
+
+    QFile arp(QStringLiteral("/proc/net/arp"));
+    const QHash<quint32, QString> neighbours =
+        arp.open(QIODevice::ReadOnly) ? parseNeighbourTable(arp.readAll()) : QHash<quint32, QString>{};
+    QList<FoundDevice> devices;
+    for (const Prober::Found& f : prober.found())
+        devices.append({f.address, neighbours.value(f.address, derivedMac(f.address))});
+
+    QString error;
+    if (!writeResultFiles(folder, devices, &error)) {
+        say(error);
+        return 1;
+    }
+    say(QStringLiteral("%1 controller%2 found among %3 host%4 in %5 s; MAC.txt and IP.txt written to %6")
+            .arg(devices.size())
+            .arg(devices.size() == 1 ? "" : "s")
+            .arg(list.hosts.size())
+            .arg(list.hosts.size() == 1 ? "" : "s")
+            .arg(clock.elapsed() / 1000.0, 0, 'f', 1)
+            .arg(QDir::toNativeSeparators(folder)));
+    return 0;
+}

@@ -1,14 +1,139 @@
 #include "wall/positiontrim.h"
 
+#include "link/command.h"
+#include "link/legacytext.h"
 #include "window/session.h"
 
-PositionTrim::PositionTrim(Session& session) : s_(session) {}
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollBar>
+
+namespace {
+
+constexpr int Zero = 255; // bar position of no trim
+constexpr int Top = 510;
+
+// Per group (bar index div 4): the set keywords, which already end in a blank and get
+// one more before the output number, the read keyword, the reply's group key and the
+// reply's sign key meaning plus.
+struct Group {
+    const char* minus;
+    const char* plus;
+    const char* read;
+    const char* key;
+    const char* plusKey;
+};
+constexpr Group Groups[4] = {
+    {"SMCHS ", "SPCHS ", "RCHS", "CHSC", "PHSV"},
+    {"SMCHE ", "SPCHE ", "RCHE", "CHEC", "PHEV"},
+    {"SMCVS ", "SPCVS ", "RCVS", "CVSC", "PVSV"},
+    {"SMCVE ", "SPCVE ", "RCVE", "CVEC", "PVEV"},
+};
+
+} // namespace
+
+PositionTrim::PositionTrim(Session& session) : s_(session)
+{
+    for (int i = 0; i < 16; ++i) {
+        QScrollBar* bar = s_.ui.HS_A[i];
+        bar->setSingleStep(1);
+        bar->setPageStep(1);
+        // A drag shows its value as it goes (Scroll) and sends once, where the thumb is
+        // let go (Change); clicks and code send at once.
+        bar->setTracking(false);
+        QObject::connect(bar, &QScrollBar::sliderMoved, [this, i] { HS_A_Scroll(i); });
+        QObject::connect(bar, &QScrollBar::valueChanged, [this, i] { HS_A_Change(i); });
+    }
+    for (int i = 0; i < 2; ++i)
+        QObject::connect(s_.ui.btn_posi[i], &QPushButton::clicked, [this, i] { btn_posi_Click(i); });
+}
+
+void PositionTrim::showTrim(int index, int position)
+{
+    s_.ui.value_posi[index]->setText(position < Zero ? u'-' + legacy::plainText(Zero - position)
+                                                     : u'+' + legacy::plainText(position - Zero));
+}
+
+void PositionTrim::HS_A_Change(int index)
+{
+    if (!s_.guard())
+        return;
+    // Bars moved by a read-back send nothing.
+    if (s_.w.wait_posi != 0)
+        return;
+    const int output = index % 4 + 1;
+    const int position = s_.ui.HS_A[index]->value();
+    const Group& group = Groups[index / 4];
+    showTrim(index, position);
+    if (position < Zero)
+        s_.send(command::line(QLatin1String(group.minus), output, Zero - position));
+    else
+        s_.send(command::line(QLatin1String(group.plus), output, position - Zero));
+}
+
+void PositionTrim::HS_A_Scroll(int index)
+{
+    if (!s_.guard())
+        return;
+    showTrim(index, s_.ui.HS_A[index]->sliderPosition());
+}
+
+void PositionTrim::btn_posi_Click(int index)
+{
+    if (!s_.guard())
+        return;
+    if (index == 0) {
+        ReadPositionTrim();
+    } else if (index == 1) {
+        // Only bars that really move raise their Change and send.
+        for (QScrollBar* bar : s_.ui.HS_A)
+            bar->setValue(Zero);
+    }
+}
 
 void PositionTrim::ReadPositionTrim()
 {
+    if (!s_.guard())
+        return;
+    Controls& ui = s_.ui;
+    s_.w.wait_posi = 1;
+    ui.btn_posi[0]->setEnabled(false);
+    ui.btn_posi[1]->setEnabled(false);
+    ui.ProgressBar1->setVisible(true);
+    ui.ProgressBar1->setValue(0);
+    for (int k = 1; k <= 16; ++k) {
+        const int index = k - 1;
+        s_.send(command::line(QLatin1String(Groups[index / 4].read), index % 4 + 1));
+        if (!s_.waitFor(s_.w.wait_posi, k + 1))
+            return;
+        if (k % 4 == 0)
+            ui.ProgressBar1->setValue(k / 4 * 25);
+    }
+    s_.w.wait_posi = 0;
+    ui.ProgressBar1->setVisible(false);
+    ui.btn_posi[0]->setEnabled(true);
+    ui.btn_posi[1]->setEnabled(true);
 }
 
+// The output is the one asked for at this step; the reply's characters 5-7 are not
+// looked at. Characters 8-11 give the sign, 12-14 the magnitude.
 void PositionTrim::HandleTrimReply(const QString& reply)
 {
-    Q_UNUSED(reply);
+    const int step = s_.w.wait_posi;
+    if (step < 1 || step > 16)
+        return;
+    const Group& group = Groups[(step - 1) / 4];
+    if (reply::key(reply) != QLatin1String(group.key))
+        return;
+    const long magnitude = legacy::roundHalfEven(legacy::val(reply::longValue(reply)));
+    const bool plus = reply::longKey(reply) == QLatin1String(group.plusKey);
+    const long position = plus ? Zero + magnitude : Zero - magnitude;
+    // Outside the bar's range the reply is dropped and the read keeps waiting.
+    if (position < 0 || position > Top)
+        return;
+    QScrollBar* bar = s_.ui.HS_A[step - 1];
+    bar->setValue(static_cast<int>(position));
+    s_.ui.value_posi[step - 1]->setText((plus ? u'+' : u'-') + legacy::plainText(magnitude));
+    s_.w.wait_posi = static_cast<quint8>(step + 1);
 }

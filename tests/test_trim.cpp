@@ -1,0 +1,256 @@
+#include "support/fakecontroller.h"
+#include "support/formdriver.h"
+#include "support/messageboxanswerer.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QTest>
+
+using driver::find;
+
+// Each test uses its own address in 127.31.0.0/16.
+namespace {
+
+// One connected controller, the trim page shown, the refresh's traffic forgotten.
+struct Trims {
+    explicit Trims(int subnet) : device(QStringLiteral("127.31.%1.1").arg(subnet))
+    {
+        device.answerLikeController();
+        form.show();
+        driver::connectTo(form, {device.address()});
+        driver::click(find<QRadioButton>(form, QStringLiteral("opt_tv4")));
+        QTRY_COMPARE(device.acceptedCount(), 1);
+        device.clear();
+        boxes.clear();
+    }
+    QScrollBar* bar(int i) { return form.ui.HS_A[i]; }
+    QString label(int i) { return form.ui.value_posi[i]->text(); }
+    QPushButton* button(int i) { return form.ui.btn_posi[i]; }
+    QStringList settings()
+    {
+        QStringList lines = device.lines();
+        lines.removeIf([](const QString& line) { return !line.startsWith(u'S'); });
+        return lines;
+    }
+
+    FakeController device;
+    MessageBoxAnswerer boxes;
+    Form1 form;
+};
+
+} // namespace
+
+class TestTrim : public QObject {
+    Q_OBJECT
+private slots:
+    void barChangeSends_data();
+    void barChangeSends();
+    void dragShowsAndSendsOnRelease();
+    void resetMovesOnlyBarsOffZero();
+    void readFillsBarsAndSendsNothing();
+    void readKeepsWaitingForFittingReply();
+    void disconnected_data();
+    void disconnected();
+};
+
+void TestTrim::barChangeSends_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("position");
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("H end of B") << 5 << 300 << "+45" << QByteArray("SPCHE  2 45\r\n");
+    QTest::newRow("V end of A at 0") << 12 << 0 << "-255" << QByteArray("SMCVE  1 255\r\n");
+    QTest::newRow("H start of B") << 1 << 200 << "-55" << QByteArray("SMCHS  2 55\r\n");
+    QTest::newRow("V start of C at top") << 10 << 510 << "+255" << QByteArray("SPCVS  3 255\r\n");
+    QTest::newRow("zero trim") << 3 << 255 << "+0" << QByteArray("SPCHS  4 0\r\n");
+    QTest::newRow("V start of D below") << 11 << 254 << "-1" << QByteArray("SMCVS  4 1\r\n");
+    QTest::newRow("H end of D") << 7 << 256 << "+1" << QByteArray("SPCHE  4 1\r\n");
+}
+
+void TestTrim::barChangeSends()
+{
+    QFETCH(int, index);
+    QFETCH(int, position);
+    QFETCH(QString, label);
+    QFETCH(QByteArray, bytes);
+    Trims trims(1);
+    {
+        const QSignalBlocker quiet(trims.bar(index)); // away from the target, unsent
+        trims.bar(index)->setValue((position + 1) % 511);
+    }
+    trims.bar(index)->setValue(position);
+    QCOMPARE(trims.label(index), label);
+    QTRY_COMPARE(trims.device.received(), bytes);
+    QVERIFY(trims.boxes.texts().isEmpty());
+}
+
+void TestTrim::dragShowsAndSendsOnRelease()
+{
+    Trims trims(2);
+    QScrollBar* bar = trims.bar(4);
+    // A click in the trough or on an arrow moves by one and sends at once.
+    bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
+    bar->triggerAction(QAbstractSlider::SliderSingleStepAdd);
+    QCOMPARE(bar->value(), 2);
+    QTRY_COMPARE(trims.device.lines(), (QStringList{QStringLiteral("SMCHE  1 254"), QStringLiteral("SMCHE  1 253")}));
+    trims.device.clear();
+    // Dragging the thumb shows each position and sends only where it is let go.
+    bar->setSliderDown(true);
+    bar->setSliderPosition(100);
+    QCOMPARE(trims.label(4), QStringLiteral("-155"));
+    bar->setSliderPosition(400);
+    QCOMPARE(trims.label(4), QStringLiteral("+145"));
+    QTest::qWait(50);
+    QVERIFY(trims.device.lines().isEmpty());
+    bar->setSliderDown(false);
+    QTRY_COMPARE(trims.device.lines(), QStringList{QStringLiteral("SPCHE  1 145")});
+}
+
+void TestTrim::resetMovesOnlyBarsOffZero()
+{
+    Trims trims(3);
+    for (QScrollBar* bar : trims.form.ui.HS_A)
+        bar->setValue(255);
+    trims.bar(14)->setValue(0);
+    trims.bar(2)->setValue(300);
+    trims.bar(9)->setValue(254);
+    QTRY_COMPARE(trims.device.lines().size(), 19);
+    trims.device.clear();
+    driver::click(trims.button(1));
+    QTRY_COMPARE(trims.device.lines(), (QStringList{QStringLiteral("SPCHS  3 0"), QStringLiteral("SPCVS  2 0"),
+                                                    QStringLiteral("SPCVE  3 0")}));
+    QCOMPARE(trims.label(14), QStringLiteral("+0"));
+    trims.device.clear();
+    driver::click(trims.button(1));
+    QTest::qWait(50);
+    QVERIFY(trims.device.lines().isEmpty());
+}
+
+void TestTrim::readFillsBarsAndSendsNothing()
+{
+    Trims trims(4);
+    // Output n answers n * 10 + group, plus on odd outputs; characters 5-7 say nothing.
+    static const char* plusKeys[] = {"PHSV", "PHEV", "PVSV", "PVEV"};
+    static const char* groupKeys[] = {"CHSC", "CHEC", "CVSC", "CVEC"};
+    QList<int> progress;
+    const char* reads[] = {"RCHS", "RCHE", "RCVS", "RCVE"};
+    for (int g = 0; g < 4; ++g) {
+        trims.device.reply(QLatin1String(reads[g]), [&, g](const QString& line) {
+            progress << trims.form.ui.ProgressBar1->value();
+            const int output = line.right(1).toInt();
+            const QString sign = output % 2 ? QLatin1String(plusKeys[g]) : QStringLiteral("MINU");
+            return QStringLiteral("%1xyz%2%3").arg(QLatin1String(groupKeys[g]), sign).arg(output * 10 + g, 3, 10, QLatin1Char('0')).toLatin1();
+        });
+    }
+    bool buttonsDisabled = false;
+    connect(&trims.device, &FakeController::lineReceived, &trims.form, [&](const QString&) {
+        buttonsDisabled = !trims.button(0)->isEnabled() && !trims.button(1)->isEnabled() &&
+                          trims.form.ui.ProgressBar1->isVisible();
+    });
+    driver::click(trims.button(0));
+    QStringList expected;
+    for (const char* read : reads)
+        for (int n = 1; n <= 4; ++n)
+            expected << QStringLiteral("%1 %2").arg(QLatin1String(read)).arg(n);
+    QCOMPARE(trims.device.lines(), expected);
+    QVERIFY(buttonsDisabled);
+    QCOMPARE(progress, (QList<int>{0, 0, 0, 0, 25, 25, 25, 25, 50, 50, 50, 50, 75, 75, 75, 75}));
+    for (int i = 0; i < 16; ++i) {
+        const int m = (i % 4 + 1) * 10 + i / 4;
+        const bool plus = i % 2 == 0;
+        QCOMPARE(trims.bar(i)->value(), plus ? 255 + m : 255 - m);
+        QCOMPARE(trims.label(i), (plus ? u'+' : u'-') + QString::number(m));
+    }
+    QTest::qWait(50);
+    QVERIFY(trims.settings().isEmpty());
+    QCOMPARE(trims.form.w.wait_posi, quint8(0));
+    QVERIFY(trims.button(0)->isEnabled() && trims.button(1)->isEnabled());
+    QVERIFY(trims.form.ui.ProgressBar1->isHidden());
+    QVERIFY(trims.boxes.texts().isEmpty());
+}
+
+// The scripted checks run inside the read's wait, one reply chunk at a time.
+void TestTrim::readKeepsWaitingForFittingReply()
+{
+    Trims trims(5);
+    trims.device.reply(QStringLiteral("RCHS"), [](const QString& line) {
+        return QByteArray("CHSC001PHSV00") + line.right(1).toLatin1();
+    });
+    const QList<QByteArray> script = {
+        "CHSC001PHSV012\r\n", // the wrong group for step 5
+        "CHECxyzPHEV300\r\n", // 555 is past the bar's end
+        "CHECxyzMHEV256\r\n", // -1 is before its start
+        "CHECxyzPHEV 10\r\n", // fits; the magnitude skips blanks
+    };
+    QList<int> seen;
+    int progressAtStep5 = -1;
+    trims.device.reply(QStringLiteral("RCHE"), [&](const QString& line) {
+        if (line != QLatin1String("RCHE 1"))
+            return QByteArray("CHEC000PHEV000");
+        progressAtStep5 = trims.form.ui.ProgressBar1->value();
+        for (int i = 0; i < script.size(); ++i) {
+            QTimer::singleShot(40 * (i + 1), &trims.form, [&, i] {
+                seen << trims.form.w.wait_posi; // where the reply before this one left it
+                trims.device.push(script[i]);
+            });
+        }
+        return QByteArray();
+    });
+    trims.device.reply(QStringLiteral("RCVS"), QStringLiteral("CVSC000PVSV000"));
+    trims.device.reply(QStringLiteral("RCVE"), QStringLiteral("CVEC000PVEV000"));
+    driver::click(trims.button(0));
+    QCOMPARE(progressAtStep5, 25);
+    QCOMPARE(seen, (QList<int>{5, 5, 5, 5}));
+    QCOMPARE(trims.bar(2)->value(), 258);
+    QCOMPARE(trims.bar(4)->value(), 265);
+    QCOMPARE(trims.label(4), QStringLiteral("+10"));
+    QCOMPARE(trims.device.lines().size(), 16);
+    QVERIFY(trims.settings().isEmpty());
+}
+
+void TestTrim::disconnected_data()
+{
+    QTest::addColumn<int>("action");
+    QTest::newRow("bar change") << 0;
+    QTest::newRow("drag") << 1;
+    QTest::newRow("Refresh") << 2;
+    QTest::newRow("Reset") << 3;
+}
+
+void TestTrim::disconnected()
+{
+    QFETCH(int, action);
+    Trims trims(10);
+    trims.device.dropConnections();
+    QTRY_VERIFY(!trims.form.linkUp());
+    switch (action) {
+    case 0: trims.bar(0)->setValue(100); break;
+    case 1: trims.bar(0)->setSliderDown(true); trims.bar(0)->setSliderPosition(100); break;
+    case 2: driver::click(trims.button(0)); break;
+    case 3: driver::click(trims.button(1)); break;
+    }
+    // A drag is also ended by the window going offline: its Change finds the link down too.
+    QVERIFY(!trims.boxes.texts().isEmpty());
+    QCOMPARE(trims.boxes.texts().first(), QStringLiteral("Ethernet is disconnected !"));
+    QCOMPARE(trims.boxes.seen().first().icon, QMessageBox::Critical);
+    QVERIFY(!trims.form.is_connected);
+    QCOMPARE(trims.form.w.wait_posi, quint8(0));
+    QVERIFY(trims.device.lines().isEmpty());
+    QCOMPARE(trims.label(0), QStringLiteral("Value"));
+}
+
+int main(int argc, char* argv[])
+{
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication app(argc, argv);
+    TestTrim test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_trim.moc"

@@ -2,6 +2,8 @@
 #include "support/formdriver.h"
 #include "support/messageboxanswerer.h"
 
+#include "virtualcontroller.h"
+
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QLineEdit>
@@ -24,6 +26,7 @@ private slots:
     void setters_data();
     void setters();
     void settersHeldBackOrRefused();
+    void withVirtualController();
 };
 
 namespace {
@@ -304,6 +307,28 @@ void TestPicture::settersHeldBackOrRefused()
     QCOMPARE(bench.boxes.seen().last().icon, QMessageBox::Critical);
     QVERIFY(!form.ui.frame_control[3]->isEnabled());
     QCOMPARE(form.ui.cbo_model->currentIndex(), 0);
+}
+
+// The grid against a virtual controller that keeps what it is told.
+void TestPicture::withVirtualController()
+{
+    sim::VirtualController controller(1);
+    QVERIFY(controller.listen(QHostAddress(QStringLiteral("127.41.7.1"))));
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, {QStringLiteral("127.41.7.1")});
+    driver::pick(form.ui.cbo_image_con[3], 75);
+    driver::type(form.ui.cbo_image_hue[1], QStringLiteral("12"), true);
+    QTRY_COMPARE(controller.state().picture[sim::Hue][0], 12);
+    driver::click(form.ui.btn_img_rst[5]);
+    verifyGrid(form, [&](int p, int n) { return controller.state().picture[p][n - 1]; });
+    QCOMPARE(form.ui.cbo_image_con[3]->currentIndex(), 75);
+
+    boxes.answerWith(QMessageBox::No);
+    driver::click(form.ui.btn_img_rst[4]);
+    QCOMPARE(controller.state().picture[sim::Contrast][2], 50);
+    driver::click(form.ui.btn_img_rst[5]);
+    verifyGrid(form, [](int, int) { return 50; });
 }
 
 int main(int argc, char* argv[])

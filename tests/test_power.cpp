@@ -2,6 +2,8 @@
 #include "support/formdriver.h"
 #include "support/messageboxanswerer.h"
 
+#include "virtualcontroller.h"
+
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QPushButton>
@@ -18,6 +20,7 @@ private slots:
     void factoryReset_data();
     void factoryReset();
     void factoryResetLinkDown();
+    void withVirtualController();
 };
 
 namespace {
@@ -212,6 +215,35 @@ void TestPower::factoryResetLinkDown()
     QCOMPARE(bench.boxes.texts(), QStringList{QStringLiteral("Ethernet is disconnected !")});
     QCOMPARE(bench.form.w.wait_default, quint8(1));
     QVERIFY(!bench.form.ui.btn_sys_fac_rst->isEnabled());
+}
+
+void TestPower::withVirtualController()
+{
+    sim::VirtualController controller(1);
+    QVERIFY(controller.listen(QHostAddress(QStringLiteral("127.42.6.1"))));
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::listDevices(form, {QStringLiteral("127.42.6.1"), QStringLiteral("127.42.6.2"), QStringLiteral("127.42.6.3")});
+    driver::click(form.ui.btn_con);
+    form.show();
+    driver::pick(form.ui.cbo_model, 2);
+    QTRY_COMPARE(controller.state().model, 2);
+    driver::click(form.ui.power_ctl[1]); // shown "Power ON": the click sends power on
+    QVERIFY(!form.linkUp());
+    driver::click(form.ui.btn_con);
+    QVERIFY(form.ui.power_ctl[1]->isVisible());
+    QCOMPARE(form.ui.cbo_model->currentIndex(), 2);
+
+    form.ui.power_ctl[1]->setVisible(false);
+    form.ui.power_ctl[2]->setVisible(true);
+    driver::click(form.ui.power_ctl[2]);
+    QVERIFY(!controller.state().power);
+    QVERIFY(form.linkUp());
+    boxes.clear();
+    driver::click(form.ui.btn_sys_fac_rst);
+    QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Reset completed ! Please reconnect the ethernet !")});
+    QTRY_VERIFY(controller.state().power);
+    QVERIFY(controller.state().model != 2);
 }
 
 int main(int argc, char* argv[])

@@ -3,6 +3,7 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <memory>
 
 namespace driver {
 
@@ -37,17 +38,39 @@ void pick(QComboBox* box, int index)
     emit box->activated(index);
 }
 
-void pickLater(QComboBox* box, int index)
+void when(QObject* context, std::function<bool()> condition, std::function<void()> action)
 {
-    QTimer::singleShot(0, box, [box, index] { pick(box, index); });
+    auto* poll = new QTimer(context);
+    poll->setInterval(2);
+    QObject::connect(poll, &QTimer::timeout, context, [poll, condition = std::move(condition),
+                                                       action = std::move(action)] {
+        if (!condition())
+            return;
+        poll->stop();
+        poll->deleteLater();
+        action();
+    });
+    poll->start();
 }
 
-void type(QComboBox* box, const QString& text, bool enter)
+void click(QAbstractButton* button, int deadlineSeconds)
 {
-    box->lineEdit()->clear();
-    QTest::keyClicks(box->lineEdit(), text);
-    if (enter)
-        QTest::keyClick(box->lineEdit(), Qt::Key_Return);
+    struct State {
+        bool returned = false;
+        bool expired = false;
+    };
+    auto state = std::make_shared<State>();
+    auto* form = dynamic_cast<Form1*>(button->window());
+    QTimer::singleShot(deadlineSeconds * 1000, button, [form, state] {
+        if (state->returned || !form)
+            return;
+        state->expired = true;
+        form->pump.cancel();
+    });
+    button->click(); // does nothing on a disabled button, like a real click
+    state->returned = true;
+    if (state->expired)
+        QTest::qFail("the handler was still waiting at the deadline", __FILE__, __LINE__);
 }
 
 } // namespace driver

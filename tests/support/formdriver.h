@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QTest>
 #include <QTimer>
+#include <functional>
 
 // Drives the real window the way an operator does.
 namespace driver {
@@ -28,18 +29,22 @@ void listDevices(Form1& form, const QStringList& addresses);
 // refresh that follows are done.
 void connectTo(Form1& form, const QStringList& addresses);
 
-// Clicks now; returns when the click's handler has finished.
-inline void click(QAbstractButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
+// A handler that waits for a reply runs a nested event loop: while it waits, the
+// test's own code after the click cannot run, and a QTRY after a clickLater would spin
+// inside that wait for ever. To act while a handler waits, register watchers before the
+// click: each runs once, from inside the handler's loop, as soon as its condition holds.
+// A watcher must return promptly (check, then push a reply or press a box); the handler
+// goes on only after it has returned. Chain a later step with QTimer::singleShot or
+// another watcher. Watchers die with the context (the form, usually).
+void when(QObject* context, std::function<bool()> condition, std::function<void()> action);
 
-// Clicks from the event loop, for handlers that wait; the test goes on at once.
-inline void clickLater(QAbstractButton* button)
-{
-    QTimer::singleShot(0, button, [button] { button->click(); });
-}
+// Clicks and returns when the handler, its waits and message boxes are done. A handler
+// still waiting after the deadline has every wait of its window ended, and the test
+// fails instead of hanging.
+void click(QAbstractButton* button, int deadlineSeconds = 20);
 
 // Picks an item as the operator does from the drop-down.
 void pick(QComboBox* box, int index);
-void pickLater(QComboBox* box, int index);
 
 // Types text into an editable list, one key at a time, then optionally presses Enter.
 void type(QComboBox* box, const QString& text, bool enter = false);

@@ -30,7 +30,7 @@ bool expand(const QString& entry, QList<quint32>* out, QString* why) {
         bool ok = false;
         const int prefix = entry.mid(slash + 1).toInt(&ok);
         if (!parseIpv4(entry.left(slash), &lo) || !ok || prefix < 0 || prefix > 32) {
-            *why = QStringLiteral("not a network");
+            *why = QStringLiteral("not a network in CIDR form");
             return false;
         }
         const quint32 mask = prefix == 0 ? 0 : ~quint32(0) << (32 - prefix);
@@ -43,7 +43,7 @@ bool expand(const QString& entry, QList<quint32>* out, QString* why) {
     } else if (const qsizetype dash = entry.indexOf('-'); dash >= 0) {
         const QString end = entry.mid(dash + 1);
         if (!parseIpv4(entry.left(dash), &lo)) {
-            *why = QStringLiteral("not a range");
+            *why = QStringLiteral("not an address, range or network");
             return false;
         }
         bool ok = false;
@@ -51,7 +51,7 @@ bool expand(const QString& entry, QList<quint32>* out, QString* why) {
         if (ok && !end.isEmpty() && end.size() <= 3 && octet <= 255)
             hi = (lo & 0xFFFFFF00u) | octet;
         else if (!parseIpv4(end, &hi)) {
-            *why = QStringLiteral("not a range");
+            *why = QStringLiteral("not an address, range or network");
             return false;
         }
         if (hi < lo) {
@@ -60,7 +60,7 @@ bool expand(const QString& entry, QList<quint32>* out, QString* why) {
         }
     } else {
         if (!parseIpv4(entry, &lo)) {
-            *why = QStringLiteral("not an IPv4 address");
+            *why = QStringLiteral("not an address, range or network");
             return false;
         }
         hi = lo;

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QHostAddress>
 #include <QMap>
+#include <QRegularExpression>
 #include <cstdio>
 
 namespace {
@@ -114,8 +115,14 @@ Options parse(const QCoreApplication& app) {
             o.faults[c].join = true;
     for (const QString& v : p.values(QStringLiteral("silent")))
         for (int c : targets(QStringLiteral("silent"), v, o.devices, &rest))
-            for (const QString& k : rest.split(',', Qt::SkipEmptyParts))
+            for (const QString& k : rest.split(',', Qt::SkipEmptyParts)) {
+                static const QRegularExpression keyword(QStringLiteral("^[A-Za-z]{3,5}$"));
+                if (!keyword.match(k.trimmed()).hasMatch())
+                    fail(QStringLiteral("--silent: '%1' is not a command keyword (give several "
+                                        "controllers as 1,3:KEYWORD)")
+                             .arg(k));
                 o.faults[c].silent.insert(k.trimmed().toUpper().toLatin1());
+            }
     for (const QString& v : p.values(QStringLiteral("drop-after")))
         for (int c : targets(QStringLiteral("drop-after"), v, o.devices, &rest))
             o.faults[c].dropAfter = number(rest, 1, 1000000, QStringLiteral("--drop-after"));

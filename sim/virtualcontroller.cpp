@@ -17,6 +17,7 @@ namespace sim {
 namespace {
 
 constexpr int MaxReceivedKept = 10000;
+constexpr int MaxLineLength = 4096;
 
 QString printable(const QByteArray& bytes) {
     QString out;
@@ -107,7 +108,9 @@ private:
             if (!line.trimmed().isEmpty())
                 owner_->process(this, line);
         }
-        if (closing_)
+        // Nothing the tool sends comes near this; a peer that never ends its line
+        // must not grow the buffer without bound.
+        if (closing_ || buffer_.size() > MaxLineLength)
             buffer_.clear();
     }
 

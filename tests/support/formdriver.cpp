@@ -73,4 +73,12 @@ void click(QAbstractButton* button, int deadlineSeconds)
         QTest::qFail("the handler was still waiting at the deadline", __FILE__, __LINE__);
 }
 
+void type(QComboBox* box, const QString& text, bool enter)
+{
+    box->lineEdit()->clear();
+    QTest::keyClicks(box->lineEdit(), text);
+    if (enter)
+        QTest::keyClick(box->lineEdit(), Qt::Key_Return);
+}
+
 } // namespace driver

@@ -34,16 +34,17 @@ namespace {
 const char* const Rows[4] = {"bri", "con", "sat", "hue"};
 
 // A distinct value for every parameter and output, none of them the default 50.
-int valueOf(int parameter, int output) { return 10 + parameter * 20 + output * 3; }
+int valueOf(int parameter, int output) {
+    return 10 + parameter * 20 + output * 3;
+}
 
-QComboBox* list(Form1& form, int parameter, int output)
-{
-    return find<QComboBox>(form, QStringLiteral("cbo_image_%1(%2)").arg(QLatin1String(Rows[parameter])).arg(output));
+QComboBox* list(Form1& form, int parameter, int output) {
+    return find<QComboBox>(
+        form, QStringLiteral("cbo_image_%1(%2)").arg(QLatin1String(Rows[parameter])).arg(output));
 }
 
 // Answers the sixteen reads: characters 1-7 echo the request, 8-11 the key, 12-14 the value.
-void answerPictureReads(FakeController& device)
-{
+void answerPictureReads(FakeController& device) {
     const char* const reads[4] = {"RBRI", "RCON", "RSAT", "RHUE"};
     const char* const keys[4] = {"BRIV", "CONV", "SATV", "HUEV"};
     for (int p = 0; p < 4; ++p)
@@ -56,16 +57,14 @@ void answerPictureReads(FakeController& device)
 }
 
 // Runs check when the controller receives line: the sender is then waiting for its reply.
-void whenReceived(FakeController& device, const QString& line, std::function<void()> check)
-{
+void whenReceived(FakeController& device, const QString& line, std::function<void()> check) {
     QObject::connect(&device, &FakeController::lineReceived, &device, [=](const QString& got) {
         if (got == line)
             check();
     });
 }
 
-QStringList readCommands()
-{
+QStringList readCommands() {
     QStringList lines;
     for (const char* keyword : {"RBRI", "RCON", "RSAT", "RHUE"})
         for (int n = 1; n <= 4; ++n)
@@ -73,16 +72,14 @@ QStringList readCommands()
     return lines;
 }
 
-void verifyGrid(Form1& form, const std::function<int(int, int)>& expected)
-{
+void verifyGrid(Form1& form, const std::function<int(int, int)>& expected) {
     for (int p = 0; p < 4; ++p)
         for (int n = 1; n <= 4; ++n)
             QCOMPARE(list(form, p, n)->currentIndex(), expected(p, n));
 }
 
 struct Bench {
-    explicit Bench(const QStringList& addresses)
-    {
+    explicit Bench(const QStringList& addresses) {
         for (const QString& address : addresses) {
             devices.push_back(std::make_unique<FakeController>(address));
             devices.back()->answerLikeController();
@@ -104,14 +101,14 @@ struct Bench {
 
 // "Refresh" reads brightness of outputs A-D, then contrast, saturation and hue, one at
 // a time, with the button disabled meanwhile; filling the grid sends no setting back.
-void TestPicture::readFillsGridInOrder()
-{
+void TestPicture::readFillsGridInOrder() {
     Bench bench({QStringLiteral("127.41.1.1")});
     FakeController& device = bench.device();
     device.clear();
     bool disabledWhileReading = false;
     whenReceived(device, QStringLiteral("RHUE 4"), [&] {
-        disabledWhileReading = !bench.form.ui.btn_img_rst[5]->isEnabled() && bench.form.w.wait_image == 16;
+        disabledWhileReading =
+            !bench.form.ui.btn_img_rst[5]->isEnabled() && bench.form.w.wait_image == 16;
     });
     driver::click(bench.form.ui.btn_img_rst[5]);
     QVERIFY(disabledWhileReading);
@@ -122,8 +119,7 @@ void TestPicture::readFillsGridInOrder()
     QTRY_COMPARE(device.lines(), readCommands() << QStringLiteral("MARK"));
 }
 
-void TestPicture::readReplyRules_data()
-{
+void TestPicture::readReplyRules_data() {
     QTest::addColumn<QByteArray>("stray"); // arrives first, while brightness of A is awaited
     QTest::newRow("key in characters 1-4") << QByteArray("BRIV080");
     QTest::newRow("contrast at the brightness step") << QByteArray("RCON 1 CONV033");
@@ -132,14 +128,16 @@ void TestPicture::readReplyRules_data()
 
 // A stray chunk must leave the step where it is; the real reply that follows then
 // lands on output A and every later one on its own output.
-void TestPicture::readReplyRules()
-{
+void TestPicture::readReplyRules() {
     QFETCH(QByteArray, stray);
     Bench bench({QStringLiteral("127.41.2.1")});
     FakeController& device = bench.device();
     device.reply(QStringLiteral("RBRI"), [&](const QString& line) {
         if (line != QLatin1String("RBRI 1"))
-            return QStringLiteral("%1BRIV%2").arg(line.leftJustified(7)).arg(valueOf(0, line.right(1).toInt()), 3, 10, QLatin1Char('0')).toLatin1();
+            return QStringLiteral("%1BRIV%2")
+                .arg(line.leftJustified(7))
+                .arg(valueOf(0, line.right(1).toInt()), 3, 10, QLatin1Char('0'))
+                .toLatin1();
         QTimer::singleShot(100, &device, [&] { device.push("RBRI 1 BRIV080\r\n"); });
         return stray;
     });
@@ -148,8 +146,7 @@ void TestPicture::readReplyRules()
     QCOMPARE(bench.form.w.wait_image, quint8(0));
 }
 
-void TestPicture::rowReset_data()
-{
+void TestPicture::rowReset_data() {
     QTest::addColumn<int>("row");
     QTest::addColumn<bool>("allIp");
     QTest::addColumn<QString>("ack");
@@ -159,8 +156,7 @@ void TestPicture::rowReset_data()
     QTest::newRow("hue, ALL IP") << 3 << true << "IMRE";
 }
 
-void TestPicture::rowReset()
-{
+void TestPicture::rowReset() {
     QFETCH(int, row);
     QFETCH(bool, allIp);
     QFETCH(QString, ack);
@@ -173,7 +169,8 @@ void TestPicture::rowReset()
     whenReceived(bench.device(0), command, [&] {
         defaultsShownBeforeReply = form.w.wait_image_reset == 1;
         for (int n = 1; n <= 4; ++n)
-            defaultsShownBeforeReply = defaultsShownBeforeReply && list(form, row, n)->currentIndex() == 50;
+            defaultsShownBeforeReply =
+                defaultsShownBeforeReply && list(form, row, n)->currentIndex() == 50;
     });
     for (int box = 0; box < 4; ++box)
         form.ui.Chk_img[box]->setChecked(box == row ? allIp : !allIp);
@@ -190,8 +187,7 @@ void TestPicture::rowReset()
     QVERIFY(bench.boxes.texts().isEmpty());
 }
 
-void TestPicture::pictureReset_data()
-{
+void TestPicture::pictureReset_data() {
     QTest::addColumn<bool>("yes");
     QTest::addColumn<QString>("ack");
     QTest::newRow("Yes") << true << "PIRE";
@@ -199,8 +195,7 @@ void TestPicture::pictureReset_data()
 }
 
 // The answer picks who is reset; the grid shows the defaults either way, before the reply.
-void TestPicture::pictureReset()
-{
+void TestPicture::pictureReset() {
     QFETCH(bool, yes);
     QFETCH(QString, ack);
     Bench bench({QStringLiteral("127.41.4.1"), QStringLiteral("127.41.4.2")});
@@ -212,7 +207,8 @@ void TestPicture::pictureReset()
         defaultsShownBeforeReply = form.w.wait_image_reset == 1;
         for (int p = 0; p < 4; ++p)
             for (int n = 1; n <= 4; ++n)
-                defaultsShownBeforeReply = defaultsShownBeforeReply && list(form, p, n)->currentIndex() == 50;
+                defaultsShownBeforeReply =
+                    defaultsShownBeforeReply && list(form, p, n)->currentIndex() == 50;
     });
     bench.device(0).clear();
     bench.boxes.answerWith(yes ? QMessageBox::Yes : QMessageBox::No);
@@ -225,12 +221,12 @@ void TestPicture::pictureReset()
     QCOMPARE(form.w.wait_image_reset, quint8(0));
     form.sendAll("MARK\r\n");
     QTRY_VERIFY(bench.device(1).lines().contains(QStringLiteral("MARK")));
-    QTRY_COMPARE(bench.device(0).lines(), (QStringList{QStringLiteral("SPIRE"), QStringLiteral("MARK")}));
+    QTRY_COMPARE(bench.device(0).lines(),
+                 (QStringList{QStringLiteral("SPIRE"), QStringLiteral("MARK")}));
     QCOMPARE(bench.device(1).lines().contains(QStringLiteral("SPIRE")), yes);
 }
 
-void TestPicture::setters_data()
-{
+void TestPicture::setters_data() {
     QTest::addColumn<QString>("control");
     QTest::addColumn<int>("item");
     QTest::addColumn<QString>("typed");
@@ -240,16 +236,18 @@ void TestPicture::setters_data()
     QTest::newRow("saturation D 100") << "cbo_image_sat(4)" << 100 << none << "SSAT 4 100";
     QTest::newRow("contrast C 75") << "cbo_image_con(3)" << 75 << none << "SCON 3 75";
     QTest::newRow("brightness B 12") << "cbo_image_bri(2)" << 12 << none << "SBRI 2 12";
-    QTest::newRow("typed as is") << "cbo_image_bri(2)" << 0 << "050" << "SBRI 2 050";
-    QTest::newRow("loose upper") << "cbo_image_hue(4)" << 0 << "100.5" << "SHUE 4 100.5";
-    QTest::newRow("loose lower") << "cbo_image_con(1)" << 0 << "-0.5" << "SCON 1 -0.5";
+    QTest::newRow("typed as is") << "cbo_image_bri(2)" << 0 << "050"
+                                 << "SBRI 2 050";
+    QTest::newRow("loose upper") << "cbo_image_hue(4)" << 0 << "100.5"
+                                 << "SHUE 4 100.5";
+    QTest::newRow("loose lower") << "cbo_image_con(1)" << 0 << "-0.5"
+                                 << "SCON 1 -0.5";
     QTest::newRow("101") << "cbo_image_bri(2)" << 0 << "101" << none;
     QTest::newRow("x") << "cbo_image_sat(3)" << 0 << "x" << none;
 }
 
 // Always to the selected controller only, whatever the "ALL IP" boxes say.
-void TestPicture::setters()
-{
+void TestPicture::setters() {
     QFETCH(QString, control);
     QFETCH(int, item);
     QFETCH(QString, typed);
@@ -274,15 +272,15 @@ void TestPicture::setters()
         expected.prepend(sent);
     QCOMPARE(bench.device(0).lines(), expected);
     QCOMPARE(bench.device(1).lines(), QStringList{QStringLiteral("MARK")});
-    QCOMPARE(bench.boxes.texts(), sent.isEmpty() ? QStringList{QStringLiteral("Please type 0 ~ 100")} : QStringList());
+    QCOMPARE(bench.boxes.texts(),
+             sent.isEmpty() ? QStringList{QStringLiteral("Please type 0 ~ 100")} : QStringList());
     if (sent.isEmpty())
         QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Warning);
 }
 
 // A running read or reset holds picks back but not Enter; a dropped link is reported,
 // the window goes offline and the model list keeps its selection.
-void TestPicture::settersHeldBackOrRefused()
-{
+void TestPicture::settersHeldBackOrRefused() {
     Bench bench({QStringLiteral("127.41.6.1")});
     Form1& form = bench.form;
     FakeController& device = bench.device();
@@ -296,7 +294,8 @@ void TestPicture::settersHeldBackOrRefused()
     }
     form.send("MARK\r\n");
     QTRY_VERIFY(device.lines().contains(QStringLiteral("MARK")));
-    QCOMPARE(device.lines(), (QStringList{QStringLiteral("SCON 2 8"), QStringLiteral("SCON 2 8"), QStringLiteral("MARK")}));
+    QCOMPARE(device.lines(), (QStringList{QStringLiteral("SCON 2 8"), QStringLiteral("SCON 2 8"),
+                                          QStringLiteral("MARK")}));
 
     form.ui.cbo_model->setCurrentIndex(0);
     device.dropConnections();
@@ -310,8 +309,7 @@ void TestPicture::settersHeldBackOrRefused()
 }
 
 // The grid against a virtual controller that keeps what it is told.
-void TestPicture::withVirtualController()
-{
+void TestPicture::withVirtualController() {
     sim::VirtualController controller(1);
     QVERIFY(controller.listen(QHostAddress(QStringLiteral("127.41.7.1"))));
     MessageBoxAnswerer boxes;
@@ -331,8 +329,7 @@ void TestPicture::withVirtualController()
     verifyGrid(form, [](int, int) { return 50; });
 }
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(argc, argv);
     TestPicture test;

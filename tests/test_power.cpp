@@ -27,8 +27,7 @@ namespace {
 
 // Three controllers, the second selected, the refresh done; lines cleared.
 struct Bench {
-    Bench(const QString& net)
-    {
+    Bench(const QString& net) {
         QStringList addresses;
         for (int i = 1; i <= 3; ++i) {
             devices.push_back(std::make_unique<FakeController>(net + QString::number(i)));
@@ -50,8 +49,7 @@ struct Bench {
         boxes.clear();
     }
     // Lines each controller got before a marker sent to all after the action.
-    QList<QStringList> linesUpToMarker()
-    {
+    QList<QStringList> linesUpToMarker() {
         form.sendAll("MARK\r\n");
         QList<QStringList> all;
         for (auto& device : devices) {
@@ -62,8 +60,7 @@ struct Bench {
         }
         return all;
     }
-    QList<QStringList> sentTo(bool all, const QString& line)
-    {
+    QList<QStringList> sentTo(bool all, const QString& line) {
         const QStringList sent{line};
         return {all ? sent : QStringList(), sent, all ? sent : QStringList()};
     }
@@ -73,8 +70,7 @@ struct Bench {
     Form1 form;
 };
 
-void whenReceived(FakeController& device, const QString& line, std::function<void()> check)
-{
+void whenReceived(FakeController& device, const QString& line, std::function<void()> check) {
     QObject::connect(&device, &FakeController::lineReceived, &device, [=](const QString& got) {
         if (got == line)
             check();
@@ -83,18 +79,17 @@ void whenReceived(FakeController& device, const QString& line, std::function<voi
 
 } // namespace
 
-void TestPower::powerStatusOnlyInforms()
-{
+void TestPower::powerStatusOnlyInforms() {
     Bench bench(QStringLiteral("127.42.1."));
     bench.form.ui.Check1[0]->setChecked(true);
     bench.form.ui.power_ctl[0]->click(); // hidden once the power state is known
-    QCOMPARE(bench.boxes.texts(), QStringList{QStringLiteral("Click Refresh to Get Power Status !")});
+    QCOMPARE(bench.boxes.texts(),
+             QStringList{QStringLiteral("Click Refresh to Get Power Status !")});
     QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Information);
     QCOMPARE(bench.linesUpToMarker(), (QList<QStringList>(3)));
 }
 
-void TestPower::powerSwitch_data()
-{
+void TestPower::powerSwitch_data() {
     QTest::addColumn<bool>("on");
     QTest::addColumn<bool>("allIp");
     QTest::newRow("ON") << true << false;
@@ -105,15 +100,15 @@ void TestPower::powerSwitch_data()
 
 // Only the selected controller's "POWE" ends the wait. Power on gives the link up
 // afterwards, power off keeps it.
-void TestPower::powerSwitch()
-{
+void TestPower::powerSwitch() {
     QFETCH(bool, on);
     QFETCH(bool, allIp);
     Bench bench(QStringLiteral("127.42.2."));
     Form1& form = bench.form;
     const QString command = on ? QStringLiteral("SPOW 1") : QStringLiteral("SPOW 0");
     bool waitingConnected = false;
-    whenReceived(*bench.devices[1], command, [&] { waitingConnected = form.w.wait_status == 1 && form.linkUp(); });
+    whenReceived(*bench.devices[1], command,
+                 [&] { waitingConnected = form.w.wait_status == 1 && form.linkUp(); });
     form.ui.Check1[0]->setChecked(allIp);
     if (!on) { // the refresh showed "Power ON"; the button for off shows after a power-off read
         form.ui.power_ctl[2]->setVisible(true);
@@ -139,8 +134,7 @@ void TestPower::powerSwitch()
 
 // The model number goes to the selected controller whatever Check1 says, never while
 // the status read fills the list, and a dropped link clears the list's selection.
-void TestPower::modelNumber()
-{
+void TestPower::modelNumber() {
     Bench bench(QStringLiteral("127.42.3."));
     Form1& form = bench.form;
     bench.devices[1]->reply(QStringLiteral("RMDN"), QStringLiteral("MODN002"));
@@ -167,23 +161,22 @@ void TestPower::modelNumber()
     QVERIFY(!form.ui.net_config->isEnabled());
 }
 
-void TestPower::factoryReset_data()
-{
+void TestPower::factoryReset_data() {
     QTest::addColumn<bool>("allIp");
     QTest::newRow("selected") << false;
     QTest::newRow("ALL IP") << true;
 }
 
 // No question first; the message comes only after "DEFA" and after going offline.
-void TestPower::factoryReset()
-{
+void TestPower::factoryReset() {
     QFETCH(bool, allIp);
     Bench bench(QStringLiteral("127.42.4."));
     Form1& form = bench.form;
     form.ui.Check1[1]->setChecked(allIp);
     bool waiting = false;
-    whenReceived(*bench.devices[1], QStringLiteral("SDEF"),
-                 [&] { waiting = form.w.wait_default == 1 && form.linkUp() && bench.boxes.texts().isEmpty(); });
+    whenReceived(*bench.devices[1], QStringLiteral("SDEF"), [&] {
+        waiting = form.w.wait_default == 1 && form.linkUp() && bench.boxes.texts().isEmpty();
+    });
     bool offlineAtMessage = false;
     bench.boxes.hold(true);
     QTimer watch;
@@ -197,7 +190,8 @@ void TestPower::factoryReset()
 
     driver::click(form.ui.btn_sys_fac_rst);
     QVERIFY(waiting);
-    QCOMPARE(bench.boxes.texts(), QStringList{QStringLiteral("Reset completed ! Please reconnect the ethernet !")});
+    QCOMPARE(bench.boxes.texts(),
+             QStringList{QStringLiteral("Reset completed ! Please reconnect the ethernet !")});
     QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Information);
     QVERIFY(offlineAtMessage);
     QCOMPARE(form.w.wait_default, quint8(0));
@@ -206,8 +200,7 @@ void TestPower::factoryReset()
 }
 
 // The wait byte is armed before the link test and stays armed when it fails.
-void TestPower::factoryResetLinkDown()
-{
+void TestPower::factoryResetLinkDown() {
     Bench bench(QStringLiteral("127.42.5."));
     bench.devices[1]->dropConnections();
     QTRY_VERIFY(!bench.form.linkUp());
@@ -217,13 +210,13 @@ void TestPower::factoryResetLinkDown()
     QVERIFY(!bench.form.ui.btn_sys_fac_rst->isEnabled());
 }
 
-void TestPower::withVirtualController()
-{
+void TestPower::withVirtualController() {
     sim::VirtualController controller(1);
     QVERIFY(controller.listen(QHostAddress(QStringLiteral("127.42.6.1"))));
     MessageBoxAnswerer boxes;
     Form1 form;
-    driver::listDevices(form, {QStringLiteral("127.42.6.1"), QStringLiteral("127.42.6.2"), QStringLiteral("127.42.6.3")});
+    driver::listDevices(form, {QStringLiteral("127.42.6.1"), QStringLiteral("127.42.6.2"),
+                               QStringLiteral("127.42.6.3")});
     driver::click(form.ui.btn_con);
     form.show();
     driver::pick(form.ui.cbo_model, 2);
@@ -241,13 +234,13 @@ void TestPower::withVirtualController()
     QVERIFY(form.linkUp());
     boxes.clear();
     driver::click(form.ui.btn_sys_fac_rst);
-    QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Reset completed ! Please reconnect the ethernet !")});
+    QCOMPARE(boxes.texts(),
+             QStringList{QStringLiteral("Reset completed ! Please reconnect the ethernet !")});
     QTRY_VERIFY(controller.state().power);
     QVERIFY(controller.state().model != 2);
 }
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(argc, argv);
     TestPower test;

@@ -13,14 +13,23 @@
 namespace {
 
 // Index of each setting's "ALL IP" box in chk_io.
-enum AllIpBox { ResoBox = 0, InfoPlayBox = 1, OsdHBox = 2, OsdVBox = 3, OsdTimeBox = 4, GainBox = 5, MuteBox = 6 };
+enum AllIpBox {
+    ResoBox = 0,
+    InfoPlayBox = 1,
+    OsdHBox = 2,
+    OsdVBox = 3,
+    OsdTimeBox = 4,
+    GainBox = 5,
+    MuteBox = 6
+};
 
-const char* osdKeyword(int index) { return index == 0 ? "SOSDH" : "SOSDV"; }
+const char* osdKeyword(int index) {
+    return index == 0 ? "SOSDH" : "SOSDV";
+}
 
 } // namespace
 
-IoSetters::IoSetters(Session& session) : s_(session)
-{
+IoSetters::IoSetters(Session& session) : s_(session) {
     Controls& ui = s_.ui;
     events::onClick(ui.cbo_reso, [this] { cbo_reso_Click(); });
     events::onClick(ui.cbo_info_play, [this] { cbo_info_play_Click(); });
@@ -32,11 +41,11 @@ IoSetters::IoSetters(Session& session) : s_(session)
     events::onClick(ui.cbo_osd_gain, [this] { cbo_osd_gain_Click(); });
     events::onKeyDown(ui.cbo_osd_gain, [this](int key) { cbo_osd_gain_KeyDown(key); });
     for (int i = 0; i < 2; ++i)
-        QObject::connect(ui.opt_mute[i], &QRadioButton::clicked, ui.opt_mute[i], [this, i] { opt_mute_Click(i); });
+        QObject::connect(ui.opt_mute[i], &QRadioButton::clicked, ui.opt_mute[i],
+                         [this, i] { opt_mute_Click(i); });
 }
 
-bool IoSetters::linkTest(bool clearModel)
-{
+bool IoSetters::linkTest(bool clearModel) {
     if (s_.linkUp())
         return true;
     s_.critical(QStringLiteral("Ethernet is disconnected !"));
@@ -47,74 +56,71 @@ bool IoSetters::linkTest(bool clearModel)
     return false;
 }
 
-bool IoSetters::pageBusy() const { return s_.w.wait_io != 0 || s_.w.wait_osd_reset != 0; }
+bool IoSetters::pageBusy() const {
+    return s_.w.wait_io != 0 || s_.w.wait_osd_reset != 0;
+}
 
-void IoSetters::sendSetting(int allIpBox, const QByteArray& line)
-{
+void IoSetters::sendSetting(int allIpBox, const QByteArray& line) {
     s_.sendTo(s_.ui.chk_io[allIpBox]->isChecked(), line);
 }
 
-void IoSetters::cbo_reso_Click()
-{
+void IoSetters::cbo_reso_Click() {
     if (!linkTest(true) || pageBusy())
         return;
     sendSetting(ResoBox, command::line(QStringLiteral("SRES"), s_.ui.cbo_reso->currentIndex()));
 }
 
 // Leaves the model list alone when the link is down, unlike the resolution and OSD lists.
-void IoSetters::cbo_info_play_Click()
-{
+void IoSetters::cbo_info_play_Click() {
     if (!linkTest(false) || pageBusy())
         return;
-    sendSetting(InfoPlayBox, command::line(QStringLiteral("SOSDD"), s_.ui.cbo_info_play->currentIndex()));
+    sendSetting(InfoPlayBox,
+                command::line(QStringLiteral("SOSDD"), s_.ui.cbo_info_play->currentIndex()));
 }
 
-void IoSetters::cbo_osd_Click(int index)
-{
+void IoSetters::cbo_osd_Click(int index) {
     if (!linkTest(true) || pageBusy())
         return;
-    sendSetting(index == 0 ? OsdHBox : OsdVBox,
-                command::line(QLatin1String(osdKeyword(index)), s_.ui.cbo_osd[index]->currentIndex()));
+    sendSetting(
+        index == 0 ? OsdHBox : OsdVBox,
+        command::line(QLatin1String(osdKeyword(index)), s_.ui.cbo_osd[index]->currentIndex()));
 }
 
 // The list shows the timeout itself, starting at 2 seconds.
-void IoSetters::cbo_osd_time_Click()
-{
+void IoSetters::cbo_osd_time_Click() {
     if (!linkTest(true) || pageBusy())
         return;
-    sendSetting(OsdTimeBox, command::line(QStringLiteral("SOSDT"), s_.ui.cbo_osd_time->currentIndex() + 2));
+    sendSetting(OsdTimeBox,
+                command::line(QStringLiteral("SOSDT"), s_.ui.cbo_osd_time->currentIndex() + 2));
 }
 
-void IoSetters::cbo_osd_gain_Click()
-{
+void IoSetters::cbo_osd_gain_Click() {
     if (!linkTest(true) || pageBusy())
         return;
-    sendSetting(GainBox, command::line(QStringLiteral("SOSDG"), s_.ui.cbo_osd_gain->currentIndex()));
+    sendSetting(GainBox,
+                command::line(QStringLiteral("SOSDG"), s_.ui.cbo_osd_gain->currentIndex()));
 }
 
-void IoSetters::opt_mute_Click(int index)
-{
+void IoSetters::opt_mute_Click(int index) {
     if (!linkTest(false) || pageBusy())
         return;
     sendSetting(MuteBox, command::line(QStringLiteral("SMUTE"), index));
 }
 
-void IoSetters::cbo_osd_KeyDown(int index, int keyCode)
-{
-    typedSetter(s_.ui.cbo_osd[index], QLatin1String(osdKeyword(index)), 20, index == 0 ? OsdHBox : OsdVBox,
-                keyCode);
+void IoSetters::cbo_osd_KeyDown(int index, int keyCode) {
+    typedSetter(s_.ui.cbo_osd[index], QLatin1String(osdKeyword(index)), 20,
+                index == 0 ? OsdHBox : OsdVBox, keyCode);
 }
 
-void IoSetters::cbo_osd_gain_KeyDown(int keyCode)
-{
+void IoSetters::cbo_osd_gain_KeyDown(int keyCode) {
     typedSetter(s_.ui.cbo_osd_gain, QStringLiteral("SOSDG"), 10, GainBox, keyCode);
 }
 
 // Enter sends the text exactly as typed once it passes the loose real-valued bounds
 // -1 < v < maximum + 1 ("20.9" and "-0.5" pass). Typing is not held back by a read or
 // reset of the page: only picks are.
-void IoSetters::typedSetter(QComboBox* box, const QString& keyword, int maximum, int allIpBox, int keyCode)
-{
+void IoSetters::typedSetter(QComboBox* box, const QString& keyword, int maximum, int allIpBox,
+                            int keyCode) {
     if (!linkTest(true) || keyCode != events::KeyEnter)
         return;
     const QString text = box->lineEdit()->text();

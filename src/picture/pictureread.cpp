@@ -22,8 +22,7 @@ const char* const ReplyKeys[4] = {"BRIV", "CONV", "SATV", "HUEV"};
 
 } // namespace
 
-PictureRead::PictureRead(Session& session) : s_(session)
-{
+PictureRead::PictureRead(Session& session) : s_(session) {
     for (int i = 0; i < 6; ++i)
         QObject::connect(s_.ui.btn_img_rst[i], &QPushButton::clicked, s_.ui.btn_img_rst[i],
                          [this, i] { btn_img_rst_Click(i); });
@@ -31,8 +30,7 @@ PictureRead::PictureRead(Session& session) : s_(session)
 
 // Sixteen reads, brightness of outputs 1-4 first, then contrast, saturation, hue. The
 // replies do not name the output, so each read waits for its reply before the next.
-void PictureRead::ReadPicture()
-{
+void PictureRead::ReadPicture() {
     if (!s_.guard())
         return;
     s_.ui.btn_img_rst[RefreshButton]->setEnabled(false);
@@ -51,8 +49,7 @@ void PictureRead::ReadPicture()
 // A picture value reply carries its key in characters 8-11 and the value in 12-14;
 // the step says which output it is for. A value outside the list ends the handler
 // before the step advances, and the read keeps waiting.
-void PictureRead::HandlePictureReply(const QString& reply)
-{
+void PictureRead::HandlePictureReply(const QString& reply) {
     const int step = s_.w.wait_image;
     if (step < 1 || step > 16)
         return;
@@ -60,21 +57,21 @@ void PictureRead::HandlePictureReply(const QString& reply)
     if (reply::longKey(reply) != QLatin1String(ReplyKeys[parameter]))
         return;
     const long value = legacy::roundHalfEven(legacy::val(reply::longValue(reply)));
-    if (!events::setListIndex(pictureRow(s_.ui, parameter)[(step - 1) % 4 + 1], static_cast<int>(value)))
+    if (!events::setListIndex(pictureRow(s_.ui, parameter)[(step - 1) % 4 + 1],
+                              static_cast<int>(value)))
         return;
     s_.w.wait_image = static_cast<quint8>(step + 1);
 }
 
 // Either acknowledgement releases either kind of reset.
-void PictureRead::HandlePictureResetReply(const QString& reply)
-{
+void PictureRead::HandlePictureResetReply(const QString& reply) {
     const QString key = reply::key(reply);
-    if ((key == QLatin1String("IMRE") || key == QLatin1String("PIRE")) && s_.w.wait_image_reset == 1)
+    if ((key == QLatin1String("IMRE") || key == QLatin1String("PIRE")) &&
+        s_.w.wait_image_reset == 1)
         s_.w.wait_image_reset = 2;
 }
 
-void PictureRead::btn_img_rst_Click(int index)
-{
+void PictureRead::btn_img_rst_Click(int index) {
     if (!s_.guard())
         return;
     if (index == RefreshButton) {
@@ -95,15 +92,13 @@ void PictureRead::btn_img_rst_Click(int index)
     }
 }
 
-void PictureRead::showDefault(int parameter)
-{
+void PictureRead::showDefault(int parameter) {
     for (int output = 1; output <= 4; ++output)
         events::setListIndex(pictureRow(s_.ui, parameter)[output], ParameterDefault);
 }
 
 // Only the selected controller's acknowledgement can end the wait.
-void PictureRead::reset(bool all, const QByteArray& line)
-{
+void PictureRead::reset(bool all, const QByteArray& line) {
     s_.sendTo(all, line);
     if (!s_.waitFor(s_.w.wait_image_reset, 2))
         return;

@@ -48,9 +48,9 @@ constexpr const char* TrimMinusKey[4] = {"MHSV", "MHEV", "MVSV", "MVEV"};
 
 // Preset wall shapes of the hot keys, in key order, read as rows x columns like
 // the arguments of "SMNC".
-constexpr int HotKeyShape[24][2] = {
-    {1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}, {6, 6}, {2, 3}, {3, 2}, {3, 4}, {4, 2}, {4, 3}, {4, 5},
-    {1, 2}, {2, 1}, {1, 3}, {3, 1}, {1, 4}, {4, 1}, {2, 4}, {3, 5}, {5, 4}, {5, 3}, {6, 2}, {6, 3}};
+constexpr int HotKeyShape[24][2] = {{1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}, {6, 6}, {2, 3}, {3, 2},
+                                    {3, 4}, {4, 2}, {4, 3}, {4, 5}, {1, 2}, {2, 1}, {1, 3}, {3, 1},
+                                    {1, 4}, {4, 1}, {2, 4}, {3, 5}, {5, 4}, {5, 3}, {6, 2}, {6, 3}};
 
 int indexOf(const char* const (&names)[4], const QByteArray& keyword) {
     for (int i = 0; i < 4; ++i)
@@ -100,21 +100,30 @@ private:
         const QByteArray& k = r_.keyword;
 
         // Status
-        if (k == "RPOW") return reply(keyValue("POWE", s_.power));
-        if (k == "RMDN") return reply(keyValue("MODN", s_.model));
-        if (k == "RBY") return reply(keyValue("BYPA", s_.wall.bypass));
-        if (k == "RBEZ") return reply(keyValue("BEZE", s_.wall.bezelOn));
-        if (k == "RVER") return reply(keyValue("VERS", s_.firmware));
+        if (k == "RPOW")
+            return reply(keyValue("POWE", s_.power));
+        if (k == "RMDN")
+            return reply(keyValue("MODN", s_.model));
+        if (k == "RBY")
+            return reply(keyValue("BYPA", s_.wall.bypass));
+        if (k == "RBEZ")
+            return reply(keyValue("BEZE", s_.wall.bezelOn));
+        if (k == "RVER")
+            return reply(keyValue("VERS", s_.firmware));
         if (k == "SPOW") {
             int v;
-            if (!intArg(0, &v)) return false;
-            if (setIf(v == 0 || v == 1)) s_.power = v;
+            if (!intArg(0, &v))
+                return false;
+            if (setIf(v == 0 || v == 1))
+                s_.power = v;
             return reply(keyValue("POWE", s_.power));
         }
         if (k == "SMDN") {
             int v;
-            if (!intArg(0, &v)) return false;
-            if (setIf(v >= 0 && v <= 255)) s_.model = v;
+            if (!intArg(0, &v))
+                return false;
+            if (setIf(v >= 0 && v <= 255))
+                s_.model = v;
             return true;
         }
         if (k == "SDEF") {
@@ -124,7 +133,8 @@ private:
         }
 
         // I/O setup
-        if (k == "SOSDI") return true; // shows the OSD information on the outputs
+        if (k == "SOSDI")
+            return true; // shows the OSD information on the outputs
         if (k == "SOSDR") {
             const ControllerState d;
             s_.resolution = d.resolution;
@@ -136,43 +146,63 @@ private:
             s_.mute = d.mute;
             return reply("OSDR\r\n");
         }
-        if (k == "RRES") return reply(keyValue("RESO", s_.resolution));
-        if (k == "ROSDD") return reply(keyValue("OSDD", s_.osdAutoDisplay));
-        if (k == "ROSDT") return reply(keyValue("OSDT", s_.osdTimeout));
-        if (k == "ROSDH") return reply(keyValue("OSDH", s_.osdH));
-        if (k == "ROSDV") return reply(keyValue("OSDV", s_.osdV));
-        if (k == "ROSDG") return reply(keyValue("OSDG", s_.osdGain));
-        if (k == "RMUTE") return reply(keyValue("MUTE", s_.mute));
-        if (k == "SRES") return setValue(&s_.resolution, 0, 16);
-        if (k == "SOSDD") return setValue(&s_.osdAutoDisplay, 0, 1);
-        if (k == "SOSDT") return setValue(&s_.osdTimeout, 2, 50);
-        if (k == "SOSDH") return setValue(&s_.osdH, 0, 20);
-        if (k == "SOSDV") return setValue(&s_.osdV, 0, 20);
-        if (k == "SOSDG") return setValue(&s_.osdGain, 0, 10);
+        if (k == "RRES")
+            return reply(keyValue("RESO", s_.resolution));
+        if (k == "ROSDD")
+            return reply(keyValue("OSDD", s_.osdAutoDisplay));
+        if (k == "ROSDT")
+            return reply(keyValue("OSDT", s_.osdTimeout));
+        if (k == "ROSDH")
+            return reply(keyValue("OSDH", s_.osdH));
+        if (k == "ROSDV")
+            return reply(keyValue("OSDV", s_.osdV));
+        if (k == "ROSDG")
+            return reply(keyValue("OSDG", s_.osdGain));
+        if (k == "RMUTE")
+            return reply(keyValue("MUTE", s_.mute));
+        if (k == "SRES")
+            return setValue(&s_.resolution, 0, 16);
+        if (k == "SOSDD")
+            return setValue(&s_.osdAutoDisplay, 0, 1);
+        if (k == "SOSDT")
+            return setValue(&s_.osdTimeout, 2, 50);
+        if (k == "SOSDH")
+            return setValue(&s_.osdH, 0, 20);
+        if (k == "SOSDV")
+            return setValue(&s_.osdV, 0, 20);
+        if (k == "SOSDG")
+            return setValue(&s_.osdGain, 0, 10);
         if (k == "SMUTE") {
             int v;
-            if (!intArg(0, &v)) return false;
-            if (setIf(v == 0 || v == 1)) s_.mute = v;
+            if (!intArg(0, &v))
+                return false;
+            if (setIf(v == 0 || v == 1))
+                s_.mute = v;
             return true;
         }
 
         // Picture
         if (int p = indexOf(PictureSet, k); p >= 0) {
             int out, v;
-            if (!outputArg(0, &out) || !intArg(1, &v)) return false;
-            if (setIf(v >= 0 && v <= 100)) s_.picture[p][out - 1] = v;
+            if (!outputArg(0, &out) || !intArg(1, &v))
+                return false;
+            if (setIf(v >= 0 && v <= 100))
+                s_.picture[p][out - 1] = v;
             return true;
         }
         if (int p = indexOf(PictureRead, k); p >= 0) {
             int out;
-            if (!outputArg(0, &out)) return false;
-            return reply(longReply(PictureFirstKey[p], out, PictureValueKey[p],
-                                   s_.picture[p][out - 1]));
+            if (!outputArg(0, &out))
+                return false;
+            return reply(
+                longReply(PictureFirstKey[p], out, PictureValueKey[p], s_.picture[p][out - 1]));
         }
         if (k == "SIMRE") {
             int p;
-            if (!intArg(0, &p)) return false;
-            if (setIf(p >= 1 && p <= 4)) s_.picture[p - 1].fill(ControllerState::PictureDefault);
+            if (!intArg(0, &p))
+                return false;
+            if (setIf(p >= 1 && p <= 4))
+                s_.picture[p - 1].fill(ControllerState::PictureDefault);
             return reply("IMRE\r\n");
         }
         if (k == "SPIRE") {
@@ -184,7 +214,8 @@ private:
         // Wall geometry, bezel, favourites, bypass, hot keys
         if (k == "SMNC") {
             int rows, cols, ch;
-            if (!intArg(0, &rows) || !intArg(1, &cols) || !intArg(2, &ch)) return false;
+            if (!intArg(0, &rows) || !intArg(1, &cols) || !intArg(2, &ch))
+                return false;
             if (setIf(rows >= 1 && rows <= 15 && cols >= 1 && cols <= 15 && ch >= 1 && ch <= 4)) {
                 s_.wall.rows = rows;
                 s_.wall.cols = cols;
@@ -194,30 +225,38 @@ private:
         }
         if (k == "SCO") {
             int ch, pos;
-            if (!intArg(0, &ch) || !intArg(1, &pos)) return false;
+            if (!intArg(0, &ch) || !intArg(1, &pos))
+                return false;
             if (setIf(ch >= 1 && ch <= 4 && pos >= 1 && pos <= s_.wall.rows * s_.wall.cols))
                 s_.wall.position[ch - 1] = pos;
             return reply("COCH\r\n");
         }
         if (k == "SCBH" || k == "SCBV") {
             int out, v;
-            if (!outputArg(0, &out) || !intArg(1, &v)) return false;
+            if (!outputArg(0, &out) || !intArg(1, &v))
+                return false;
             auto& values = k == "SCBH" ? s_.wall.bezelH : s_.wall.bezelV;
-            if (setIf(v >= 0 && v <= 255)) values[out - 1] = v;
+            if (setIf(v >= 0 && v <= 255))
+                values[out - 1] = v;
             return reply(keyValue(k == "SCBH" ? "CBHC" : "CBVC", out));
         }
-        if (k == "RCBH") return readBezel("CBHR", "CBHV", s_.wall.bezelH);
-        if (k == "RCBV") return readBezel("CBVR", "CBVV", s_.wall.bezelV);
+        if (k == "RCBH")
+            return readBezel("CBHR", "CBHV", s_.wall.bezelH);
+        if (k == "RCBV")
+            return readBezel("CBVR", "CBVV", s_.wall.bezelV);
         if (k == "SWDE") {
             s_.wall.bezelH.fill(ControllerState::BezelDefault);
             s_.wall.bezelV.fill(ControllerState::BezelDefault);
             return reply("WDEF\r\n");
         }
-        if (k == "SBEZ") return setFlag(&s_.wall.bezelOn);
-        if (k == "SBY") return setFlag(&s_.wall.bypass);
+        if (k == "SBEZ")
+            return setFlag(&s_.wall.bezelOn);
+        if (k == "SBY")
+            return setFlag(&s_.wall.bypass);
         if (k == "SFAVE" || k == "RFAVE") {
             int slot;
-            if (!intArg(0, &slot)) return false;
+            if (!intArg(0, &slot))
+                return false;
             if (slot < 1 || slot > ControllerState::FavouriteSlots) {
                 r_.note = QStringLiteral("no such favourite slot");
                 return false;
@@ -231,8 +270,10 @@ private:
         }
         if (k == "SHOT") {
             int preset;
-            if (!intArg(0, &preset)) return false;
-            if (setIf(preset >= 0 && preset < 24)) applyHotKey(s_.wall, preset);
+            if (!intArg(0, &preset))
+                return false;
+            if (setIf(preset >= 0 && preset < 24))
+                applyHotKey(s_.wall, preset);
             return reply("HOTK\r\n");
         }
 
@@ -241,31 +282,40 @@ private:
         const int minus = indexOf(TrimMinus, k);
         if (plus >= 0 || minus >= 0) {
             int out, m;
-            if (!outputArg(0, &out) || !intArg(1, &m)) return false;
+            if (!outputArg(0, &out) || !intArg(1, &m))
+                return false;
             if (setIf(m >= 0 && m <= 255))
                 s_.trim[plus >= 0 ? plus : minus][out - 1] = plus >= 0 ? m : -m;
             return true;
         }
         if (int g = indexOf(TrimRead, k); g >= 0) {
             int out;
-            if (!outputArg(0, &out)) return false;
+            if (!outputArg(0, &out))
+                return false;
             const int t = s_.trim[g][out - 1];
-            return reply(longReply(TrimGroupKey[g], out, t < 0 ? TrimMinusKey[g] : TrimPlusKey[g],
-                                   qAbs(t)));
+            return reply(
+                longReply(TrimGroupKey[g], out, t < 0 ? TrimMinusKey[g] : TrimPlusKey[g], qAbs(t)));
         }
 
         // Network
-        if (k == "RIPM") return reply(keyValue("IPMD", s_.staticMode));
-        if (k == "RLINK") return reply(addressBlock());
+        if (k == "RIPM")
+            return reply(keyValue("IPMD", s_.staticMode));
+        if (k == "RLINK")
+            return reply(addressBlock());
         if (k == "SIPM") {
             int v;
-            if (!intArg(0, &v)) return false;
-            if (setIf(v == 0 || v == 1)) s_.staticMode = v;
+            if (!intArg(0, &v))
+                return false;
+            if (setIf(v == 0 || v == 1))
+                s_.staticMode = v;
             return reply(keyValue("IPMD", s_.staticMode));
         }
-        if (k == "SIPA") return setAddress(&s_.address, "IPA0\r\n");
-        if (k == "SMAA") return setAddress(&s_.mask, "MAA0\r\n");
-        if (k == "SGAA") return setAddress(&s_.gateway, "GAA0\r\n");
+        if (k == "SIPA")
+            return setAddress(&s_.address, "IPA0\r\n");
+        if (k == "SMAA")
+            return setAddress(&s_.mask, "MAA0\r\n");
+        if (k == "SGAA")
+            return setAddress(&s_.gateway, "GAA0\r\n");
         if (k == "SREL") {
             r_.action = Response::Action::Restart;
             return reply("RELI\r\n");

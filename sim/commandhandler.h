@@ -15,8 +15,8 @@ struct Response {
         FactoryRestart, // "SDEF": settings are factory ones again, then restart
     };
 
-    QByteArray keyword;     // upper-cased first word; empty for a blank line
-    QByteArray reply;       // with "\r\n"; empty when the controller stays silent
+    QByteArray keyword; // upper-cased first word; empty for a blank line
+    QByteArray reply;   // with "\r\n"; empty when the controller stays silent
     Action action = Action::None;
     bool recognised = false; // keyword known and arguments usable
     QString note;            // why a command was refused or only partly applied
@@ -32,7 +32,7 @@ Response handleCommand(ControllerState& state, const QByteArray& line);
 // output number (characters 1-7), a second key (8-11) and a three-digit value (12-14).
 QByteArray longReply(const char* firstKey, int output, const char* secondKey, int value);
 
-QString addressText(quint32 address);                 // "127.0.0.2"
+QString addressText(quint32 address);                    // "127.0.0.2"
 bool parseAddress(const QByteArray& text, quint32* out); // accepts "127.000.000.002"
 
 } // namespace sim

@@ -9,9 +9,9 @@ namespace sim {
 struct WallSettings {
     int rows = 2;
     int cols = 2;
-    int channel = 1;                        // output last placed by "SMNC", 1..4
+    int channel = 1;                         // output last placed by "SMNC", 1..4
     std::array<int, 4> position{1, 2, 3, 4}; // tile shown by outputs 1..4
-    bool bypass = false;                    // output 4 leaves the wall
+    bool bypass = false;                     // output 4 leaves the wall
     bool bezelOn = false;
     std::array<int, 4> bezelH{10, 10, 10, 10};
     std::array<int, 4> bezelV{10, 10, 10, 10};

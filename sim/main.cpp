@@ -29,7 +29,11 @@ int number(const QString& text, int lo, int hi, const QString& what) {
     bool ok = false;
     const int v = text.toInt(&ok);
     if (!ok || v < lo || v > hi)
-        fail(QStringLiteral("%1 must be a number from %2 to %3, not '%4'").arg(what).arg(lo).arg(hi).arg(text));
+        fail(QStringLiteral("%1 must be a number from %2 to %3, not '%4'")
+                 .arg(what)
+                 .arg(lo)
+                 .arg(hi)
+                 .arg(text));
     return v;
 }
 
@@ -61,15 +65,16 @@ Options parse(const QCoreApplication& app) {
         "  --latency 200 --silent 2:RBY,RVER --drop-after 3:10"));
     p.addHelpOption();
     p.addOption({{QStringLiteral("n"), QStringLiteral("devices")},
-                 QStringLiteral("Number of controllers (default 4)."), QStringLiteral("N")});
+                 QStringLiteral("Number of controllers (default 4)."),
+                 QStringLiteral("N")});
     p.addOption({QStringLiteral("first"),
                  QStringLiteral("Address of controller 1, in 127.0.0.0/8 (default 127.0.0.2); the "
                                 "others follow."),
                  QStringLiteral("address")});
-    p.addOption({QStringLiteral("port"), QStringLiteral("TCP port (default 23)."),
-                 QStringLiteral("port")});
-    p.addOption({{QStringLiteral("q"), QStringLiteral("quiet")},
-                 QStringLiteral("No protocol log.")});
+    p.addOption(
+        {QStringLiteral("port"), QStringLiteral("TCP port (default 23)."), QStringLiteral("port")});
+    p.addOption(
+        {{QStringLiteral("q"), QStringLiteral("quiet")}, QStringLiteral("No protocol log.")});
     p.addOption({QStringLiteral("latency"), QStringLiteral("Delay every reply by MS milliseconds."),
                  QStringLiteral("[C:]MS")});
     p.addOption({QStringLiteral("split"),
@@ -96,11 +101,14 @@ Options parse(const QCoreApplication& app) {
     if (p.isSet(QStringLiteral("first"))) {
         const QString text = p.value(QStringLiteral("first"));
         o.first = QHostAddress(text);
-        if (o.first.protocol() != QHostAddress::IPv4Protocol || (o.first.toIPv4Address() >> 24) != 127)
-            fail(QStringLiteral("--first must be an IPv4 address in 127.0.0.0/8, not '%1'").arg(text));
+        if (o.first.protocol() != QHostAddress::IPv4Protocol ||
+            (o.first.toIPv4Address() >> 24) != 127)
+            fail(QStringLiteral("--first must be an IPv4 address in 127.0.0.0/8, not '%1'")
+                     .arg(text));
     }
     if (p.isSet(QStringLiteral("port")))
-        o.port = quint16(number(p.value(QStringLiteral("port")), 1, 65535, QStringLiteral("--port")));
+        o.port =
+            quint16(number(p.value(QStringLiteral("port")), 1, 65535, QStringLiteral("--port")));
     o.quiet = p.isSet(QStringLiteral("quiet"));
 
     QString rest;
@@ -152,12 +160,11 @@ int main(int argc, char* argv[]) {
         simulator.setFaults(it.key(), it.value());
 
     const auto* last = simulator.controller(simulator.count());
-    std::fprintf(stderr, "panomat-sim: %d controller%s on %s%s port %u; Ctrl+C ends.\n",
-                 simulator.count(), simulator.count() == 1 ? "" : "s",
-                 qPrintable(o.first.toString()),
-                 simulator.count() > 1 ? qPrintable(QLatin1Char('-') + last->address().toString())
-                                       : "",
-                 unsigned(o.port));
+    std::fprintf(
+        stderr, "panomat-sim: %d controller%s on %s%s port %u; Ctrl+C ends.\n", simulator.count(),
+        simulator.count() == 1 ? "" : "s", qPrintable(o.first.toString()),
+        simulator.count() > 1 ? qPrintable(QLatin1Char('-') + last->address().toString()) : "",
+        unsigned(o.port));
     for (const auto* c : simulator.controllers())
         if (c->faults().any())
             std::fprintf(stderr, "panomat-sim: %s faults: %s\n", qPrintable(c->name()),

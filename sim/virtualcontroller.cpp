@@ -60,9 +60,8 @@ public:
         connect(&holdTimer_, &QTimer::timeout, this, [this] { releaseHeld(); });
         connect(socket_, &QTcpSocket::readyRead, this, [this] { readLines(); });
         connect(socket_, &QTcpSocket::disconnected, this, [this] { owner_->dropConnection(this); });
-        peer_ = QStringLiteral("%1:%2")
-                    .arg(socket_->peerAddress().toString())
-                    .arg(socket_->peerPort());
+        peer_ =
+            QStringLiteral("%1:%2").arg(socket_->peerAddress().toString()).arg(socket_->peerPort());
     }
 
     QString peer() const { return peer_; }
@@ -319,7 +318,8 @@ void VirtualController::restart(bool factory) {
 bool VirtualController::moveTo(const QHostAddress& address) {
     // A simulated controller lives on loopback only; anything else would be an
     // address of a real network.
-    if ((address.toIPv4Address() >> 24) != 127 || address.protocol() != QHostAddress::IPv4Protocol) {
+    if ((address.toIPv4Address() >> 24) != 127 ||
+        address.protocol() != QHostAddress::IPv4Protocol) {
         log(QStringLiteral("new address %1 is not in 127.0.0.0/8").arg(address.toString()));
         return false;
     }
@@ -339,9 +339,9 @@ bool VirtualController::moveTo(const QHostAddress& address) {
 }
 
 void VirtualController::log(const QString& text) {
-    emit logLine(QStringLiteral("%1 %2  %3")
-                     .arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz")), name(),
-                          text));
+    emit logLine(
+        QStringLiteral("%1 %2  %3")
+            .arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz")), name(), text));
 }
 
 QString listenErrorText(const QHostAddress& address, quint16 port, const QTcpServer& server) {

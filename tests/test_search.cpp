@@ -77,8 +77,8 @@ private slots:
             << "127.21.0.255-127.21.1.0" << QList<quint32>{base + 255, base + 256} << 0;
         QTest::newRow("/30 without network and broadcast")
             << "127.21.0.0/30" << QList<quint32>{base + 1, base + 2} << 0;
-        QTest::newRow("/31 keeps both") << "127.21.0.5/31" << QList<quint32>{base + 4, base + 5}
-                                        << 0;
+        QTest::newRow("/31 keeps both")
+            << "127.21.0.5/31" << QList<quint32>{base + 4, base + 5} << 0;
         QTest::newRow("/32") << "127.21.0.5/32" << QList<quint32>{base + 5} << 0;
         QTest::newRow("comments, blanks, order, duplicates")
             << "# demo\n\n  127.21.0.9  # trailing\r\n127.21.0.8,127.21.0.9;127.21.0.2"
@@ -152,9 +152,9 @@ private slots:
         QTest::addColumn<QByteArray>("ipFile");
         QTest::newRow("conf file") << QByteArray("# lab\n127.21.2.2-3\nnot-a-host\n") << false
                                    << QByteArray() << QByteArray("127.021.002.002\r\n");
-        QTest::newRow("environment wins") << QByteArray("127.21.2.2\n") << true
-                                          << QByteArray("127.21.2.4 127.21.2.3")
-                                          << QByteArray("127.021.002.004\r\n");
+        QTest::newRow("environment wins")
+            << QByteArray("127.21.2.2\n") << true << QByteArray("127.21.2.4 127.21.2.3")
+            << QByteArray("127.021.002.004\r\n");
         QTest::newRow("empty environment falls back to conf")
             << QByteArray("127.21.2.2\n") << true << QByteArray(" ")
             << QByteArray("127.021.002.002\r\n");

@@ -28,7 +28,8 @@ struct Client {
         (void)QTest::qWaitFor(
             [this] {
                 const auto s = socket.state();
-                return s == QAbstractSocket::ConnectedState || s == QAbstractSocket::UnconnectedState;
+                return s == QAbstractSocket::ConnectedState ||
+                       s == QAbstractSocket::UnconnectedState;
             },
             3000);
     }
@@ -79,60 +80,65 @@ private slots:
     void everyCommandHasItsReplyForm_data() {
         QTest::addColumn<QByteArray>("command");
         QTest::addColumn<QByteArray>("reply");
-        const QByteArray none; // the tool waits for nothing; the controller stays silent
+        auto row = [](const char* command, const char* reply) {
+            QTest::newRow(command) << QByteArray(command) << QByteArray(reply);
+        };
         // Status, I/O and network reads of a fresh controller #1 on 127.20.1.2.
-        QTest::newRow("RPOW") << QByteArray("RPOW") << QByteArray("POWE001");
-        QTest::newRow("RMDN") << QByteArray("RMDN") << QByteArray("MODN000");
-        QTest::newRow("RBY") << QByteArray("RBY") << QByteArray("BYPA000");
-        QTest::newRow("RBEZ") << QByteArray("RBEZ") << QByteArray("BEZE000");
-        QTest::newRow("RVER") << QByteArray("RVER") << QByteArray("VERS102");
-        QTest::newRow("RRES") << QByteArray("RRES") << QByteArray("RESO006");
-        QTest::newRow("ROSDD") << QByteArray("ROSDD") << QByteArray("OSDD000");
-        QTest::newRow("ROSDT") << QByteArray("ROSDT") << QByteArray("OSDT002");
-        QTest::newRow("ROSDH") << QByteArray("ROSDH") << QByteArray("OSDH005");
-        QTest::newRow("ROSDV") << QByteArray("ROSDV") << QByteArray("OSDV005");
-        QTest::newRow("ROSDG") << QByteArray("ROSDG") << QByteArray("OSDG002");
-        QTest::newRow("RMUTE") << QByteArray("RMUTE") << QByteArray("MUTE000");
-        QTest::newRow("RIPM") << QByteArray("RIPM") << QByteArray("IPMD001");
-        QTest::newRow("RLINK") << QByteArray("RLINK")
-                               << QByteArray("IP00127IP01020IP02001IP03002"
-                                             "MA00255MA01000MA02000MA03000"
-                                             "GA00127GA01000GA02000GA03001");
+        for (auto [c, r] : {std::pair{"RPOW", "POWE001"},
+                            {"RMDN", "MODN000"},
+                            {"RBY", "BYPA000"},
+                            {"RBEZ", "BEZE000"},
+                            {"RVER", "VERS102"},
+                            {"RRES", "RESO006"},
+                            {"ROSDD", "OSDD000"},
+                            {"ROSDT", "OSDT002"},
+                            {"ROSDH", "OSDH005"},
+                            {"ROSDV", "OSDV005"},
+                            {"ROSDG", "OSDG002"},
+                            {"RMUTE", "MUTE000"},
+                            {"RIPM", "IPMD001"}})
+            row(c, r);
+        row("RLINK", "IP00127IP01020IP02001IP03002MA00255MA01000MA02000MA03000"
+                     "GA00127GA01000GA02000GA03001");
         // Long layout: first key and output, second key at 8-11, value at 12-14.
-        QTest::newRow("RBRI 1") << QByteArray("RBRI 1") << QByteArray("BRIR001BRIV050");
-        QTest::newRow("RCON 2") << QByteArray("RCON 2") << QByteArray("CONR002CONV050");
-        QTest::newRow("RSAT 3") << QByteArray("RSAT 3") << QByteArray("SATR003SATV050");
-        QTest::newRow("RHUE 4") << QByteArray("RHUE 4") << QByteArray("HUER004HUEV050");
-        QTest::newRow("RCBH 1") << QByteArray("RCBH 1") << QByteArray("CBHR001CBHV010");
-        QTest::newRow("RCBV 4") << QByteArray("RCBV 4") << QByteArray("CBVR004CBVV010");
-        QTest::newRow("RCHS 1") << QByteArray("RCHS 1") << QByteArray("CHSC001PHSV000");
-        QTest::newRow("RCHE 2") << QByteArray("RCHE 2") << QByteArray("CHEC002PHEV000");
-        QTest::newRow("RCVS 3") << QByteArray("RCVS 3") << QByteArray("CVSC003PVSV000");
-        QTest::newRow("RCVE 4") << QByteArray("RCVE 4") << QByteArray("CVEC004PVEV000");
-        // Acknowledged commands.
-        QTest::newRow("SPOW 0") << QByteArray("SPOW 0") << QByteArray("POWE000");
-        QTest::newRow("SOSDR") << QByteArray("SOSDR") << QByteArray("OSDR");
-        QTest::newRow("SIMRE 3") << QByteArray("SIMRE 3") << QByteArray("IMRE");
-        QTest::newRow("SPIRE") << QByteArray("SPIRE") << QByteArray("PIRE");
-        QTest::newRow("SMNC") << QByteArray("SMNC 3 4 2") << QByteArray("MNCM");
-        QTest::newRow("SCO") << QByteArray("SCO 2 3") << QByteArray("COCH");
-        QTest::newRow("SCBH 3") << QByteArray("SCBH 3 5") << QByteArray("CBHC003");
-        QTest::newRow("SCBV 4") << QByteArray("SCBV 4 5") << QByteArray("CBVC004");
-        QTest::newRow("SCBH -1 acked") << QByteArray("SCBH 2 -1") << QByteArray("CBHC002");
-        QTest::newRow("SWDE") << QByteArray("SWDE") << QByteArray("WDEF");
-        QTest::newRow("RFAVE 5") << QByteArray("RFAVE 5") << QByteArray("RFAV005");
-        QTest::newRow("SHOT 23") << QByteArray("SHOT 23") << QByteArray("HOTK");
-        QTest::newRow("SIPM 0") << QByteArray("SIPM 0") << QByteArray("IPMD000");
-        QTest::newRow("SIPA") << QByteArray("SIPA 127.020.001.009") << QByteArray("IPA0");
-        QTest::newRow("SMAA") << QByteArray("SMAA 255.255.000.000") << QByteArray("MAA0");
-        QTest::newRow("SGAA") << QByteArray("SGAA 127.000.000.001") << QByteArray("GAA0");
-        // Setters the tool does not wait for.
-        for (const char* c : {"SOSDI", "SRES 16", "SOSDD 1", "SOSDT 50", "SOSDH 7", "SOSDV 07",
-                              "SOSDG 10", "SMUTE 1", "SBRI 2 57", "SCON 3 75", "SSAT 4 100",
-                              "SHUE 1 0", "SBEZ 1", "SBY 1", "SFAVE 3", "SMDN 2", "SMCHS  2 55",
-                              "SPCHS  1 0", "SMCHE  3 1", "SPCHE  2 45", "SMCVS  4 9",
-                              "SPCVS  1 9", "SMCVE  1 255", "SPCVE  4 255", "XYZ 1", "RBRI 5"})
-            QTest::newRow(c) << QByteArray(c) << none;
+        for (auto [c, r] : {std::pair{"RBRI 1", "BRIR001BRIV050"},
+                            {"RCON 2", "CONR002CONV050"},
+                            {"RSAT 3", "SATR003SATV050"},
+                            {"RHUE 4", "HUER004HUEV050"},
+                            {"RCBH 1", "CBHR001CBHV010"},
+                            {"RCBV 4", "CBVR004CBVV010"},
+                            {"RCHS 1", "CHSC001PHSV000"},
+                            {"RCHE 2", "CHEC002PHEV000"},
+                            {"RCVS 3", "CVSC003PVSV000"},
+                            {"RCVE 4", "CVEC004PVEV000"}})
+            row(c, r);
+        // Acknowledged commands; a value out of range is acknowledged, not applied.
+        for (auto [c, r] : {std::pair{"SPOW 0", "POWE000"},
+                            {"SOSDR", "OSDR"},
+                            {"SIMRE 3", "IMRE"},
+                            {"SPIRE", "PIRE"},
+                            {"SMNC 3 4 2", "MNCM"},
+                            {"SCO 2 3", "COCH"},
+                            {"SCBH 3 5", "CBHC003"},
+                            {"SCBV 4 5", "CBVC004"},
+                            {"SCBH 2 -1", "CBHC002"},
+                            {"SWDE", "WDEF"},
+                            {"RFAVE 5", "RFAV005"},
+                            {"SHOT 23", "HOTK"},
+                            {"SIPM 0", "IPMD000"},
+                            {"SIPA 127.020.001.009", "IPA0"},
+                            {"SMAA 255.255.000.000", "MAA0"},
+                            {"SGAA 127.000.000.001", "GAA0"}})
+            row(c, r);
+        // Setters the tool does not wait for, and commands the controller does not know.
+        for (const char* c :
+             {"SOSDI",      "SRES 16",     "SOSDD 1",      "SOSDT 50",     "SOSDH 7",
+              "SOSDV 07",   "SOSDG 10",    "SMUTE 1",      "SBRI 2 57",    "SCON 3 75",
+              "SSAT 4 100", "SHUE 1 0",    "SBEZ 1",       "SBY 1",        "SFAVE 3",
+              "SMDN 2",     "SMCHS  2 55", "SPCHS  1 0",   "SMCHE  3 1",   "SPCHE  2 45",
+              "SMCVS  4 9", "SPCVS  1 9",  "SMCVE  1 255", "SPCVE  4 255", "XYZ 1",
+              "RBRI 5"})
+            row(c, "");
     }
     void everyCommandHasItsReplyForm() {
         QFETCH(QByteArray, command);
@@ -155,57 +161,36 @@ private slots:
         QTest::addColumn<int>("keyAt"); // where the tool finds the key and value
         QTest::addColumn<QByteArray>("key");
         QTest::addColumn<QByteArray>("value");
-        QTest::newRow("brightness") << QByteArray("SBRI 3 75") << QByteArray("RBRI 3") << 8
-                                    << QByteArray("BRIV") << QByteArray("075");
-        QTest::newRow("contrast 0") << QByteArray("SCON 1 0") << QByteArray("RCON 1") << 8
-                                    << QByteArray("CONV") << QByteArray("000");
-        QTest::newRow("saturation 100") << QByteArray("SSAT 4 100") << QByteArray("RSAT 4")
-                                        << 8 << QByteArray("SATV") << QByteArray("100");
-        QTest::newRow("hue typed 050") << QByteArray("SHUE 2 050") << QByteArray("RHUE 2") << 8
-                                       << QByteArray("HUEV") << QByteArray("050");
-        QTest::newRow("typed 3.7 reads as 3") << QByteArray("SBRI 1 3.7") << QByteArray("RBRI 1")
-                                              << 8 << QByteArray("BRIV") << QByteArray("003");
-        QTest::newRow("brightness 101 refused") << QByteArray("SBRI 1 101")
-                                                << QByteArray("RBRI 1") << 8
-                                                << QByteArray("BRIV") << QByteArray("050");
-        QTest::newRow("resolution") << QByteArray("SRES 16") << QByteArray("RRES") << 1
-                                    << QByteArray("RESO") << QByteArray("016");
-        QTest::newRow("osd display") << QByteArray("SOSDD 1") << QByteArray("ROSDD") << 1
-                                     << QByteArray("OSDD") << QByteArray("001");
-        QTest::newRow("osd timeout") << QByteArray("SOSDT 50") << QByteArray("ROSDT") << 1
-                                     << QByteArray("OSDT") << QByteArray("050");
-        QTest::newRow("osd timeout 1 refused") << QByteArray("SOSDT 1") << QByteArray("ROSDT")
-                                               << 1 << QByteArray("OSDT") << QByteArray("002");
-        QTest::newRow("osd h") << QByteArray("SOSDH 07") << QByteArray("ROSDH") << 1
-                               << QByteArray("OSDH") << QByteArray("007");
-        QTest::newRow("osd v") << QByteArray("SOSDV 20") << QByteArray("ROSDV") << 1
-                               << QByteArray("OSDV") << QByteArray("020");
-        QTest::newRow("osd gain") << QByteArray("SOSDG 10") << QByteArray("ROSDG") << 1
-                                  << QByteArray("OSDG") << QByteArray("010");
-        QTest::newRow("mute") << QByteArray("SMUTE 1") << QByteArray("RMUTE") << 1
-                              << QByteArray("MUTE") << QByteArray("001");
-        QTest::newRow("bypass") << QByteArray("SBY 1") << QByteArray("RBY") << 1
-                                << QByteArray("BYPA") << QByteArray("001");
-        QTest::newRow("bezel on") << QByteArray("SBEZ 1") << QByteArray("RBEZ") << 1
-                                  << QByteArray("BEZE") << QByteArray("001");
-        QTest::newRow("model") << QByteArray("SMDN 3") << QByteArray("RMDN") << 1
-                               << QByteArray("MODN") << QByteArray("003");
-        QTest::newRow("power off") << QByteArray("SPOW 0") << QByteArray("RPOW") << 1
-                                   << QByteArray("POWE") << QByteArray("000");
-        QTest::newRow("dhcp") << QByteArray("SIPM 0") << QByteArray("RIPM") << 1
-                              << QByteArray("IPMD") << QByteArray("000");
-        QTest::newRow("bezel h") << QByteArray("SCBH 2 255") << QByteArray("RCBH 2") << 8
-                                 << QByteArray("CBHV") << QByteArray("255");
-        QTest::newRow("bezel v") << QByteArray("SCBV 1 0") << QByteArray("RCBV 1") << 8
-                                 << QByteArray("CBVV") << QByteArray("000");
-        QTest::newRow("trim h start +") << QByteArray("SPCHS  1 12") << QByteArray("RCHS 1")
-                                        << 8 << QByteArray("PHSV") << QByteArray("012");
-        QTest::newRow("trim h end -") << QByteArray("SMCHE  2 255") << QByteArray("RCHE 2")
-                                      << 8 << QByteArray("MHEV") << QByteArray("255");
-        QTest::newRow("trim v start 0") << QByteArray("SMCVS  3 0") << QByteArray("RCVS 3")
-                                        << 8 << QByteArray("PVSV") << QByteArray("000");
-        QTest::newRow("trim v end -") << QByteArray("SMCVE  4 45") << QByteArray("RCVE 4") << 8
-                                      << QByteArray("MVEV") << QByteArray("045");
+        auto row = [](const char* name, const char* set, const char* read, int keyAt,
+                      const char* key, const char* value) {
+            QTest::newRow(name) << QByteArray(set) << QByteArray(read) << keyAt << QByteArray(key)
+                                << QByteArray(value);
+        };
+        row("brightness", "SBRI 3 75", "RBRI 3", 8, "BRIV", "075");
+        row("contrast 0", "SCON 1 0", "RCON 1", 8, "CONV", "000");
+        row("saturation 100", "SSAT 4 100", "RSAT 4", 8, "SATV", "100");
+        row("hue typed 050", "SHUE 2 050", "RHUE 2", 8, "HUEV", "050");
+        row("typed 3.7 reads as 3", "SBRI 1 3.7", "RBRI 1", 8, "BRIV", "003");
+        row("brightness 101 refused", "SBRI 1 101", "RBRI 1", 8, "BRIV", "050");
+        row("resolution", "SRES 16", "RRES", 1, "RESO", "016");
+        row("osd display", "SOSDD 1", "ROSDD", 1, "OSDD", "001");
+        row("osd timeout", "SOSDT 50", "ROSDT", 1, "OSDT", "050");
+        row("osd timeout 1 refused", "SOSDT 1", "ROSDT", 1, "OSDT", "002");
+        row("osd h", "SOSDH 07", "ROSDH", 1, "OSDH", "007");
+        row("osd v", "SOSDV 20", "ROSDV", 1, "OSDV", "020");
+        row("osd gain", "SOSDG 10", "ROSDG", 1, "OSDG", "010");
+        row("mute", "SMUTE 1", "RMUTE", 1, "MUTE", "001");
+        row("bypass", "SBY 1", "RBY", 1, "BYPA", "001");
+        row("bezel on", "SBEZ 1", "RBEZ", 1, "BEZE", "001");
+        row("model", "SMDN 3", "RMDN", 1, "MODN", "003");
+        row("power off", "SPOW 0", "RPOW", 1, "POWE", "000");
+        row("dhcp", "SIPM 0", "RIPM", 1, "IPMD", "000");
+        row("bezel h", "SCBH 2 255", "RCBH 2", 8, "CBHV", "255");
+        row("bezel v", "SCBV 1 0", "RCBV 1", 8, "CBVV", "000");
+        row("trim h start +", "SPCHS  1 12", "RCHS 1", 8, "PHSV", "012");
+        row("trim h end -", "SMCHE  2 255", "RCHE 2", 8, "MHEV", "255");
+        row("trim v start 0", "SMCVS  3 0", "RCVS 3", 8, "PVSV", "000");
+        row("trim v end -", "SMCVE  4 45", "RCVE 4", 8, "MVEV", "045");
     }
     void setThenRead() {
         QFETCH(QByteArray, set);
@@ -354,8 +339,8 @@ private slots:
         Client b2(addr("127.20.3.4"));
         QCOMPARE(b2.ask("RBRI 1"), QByteArray("BRIR001BRIV007\r\n"));
         QCOMPARE(s.controller(3)->connectionCount(), 2);
-        QCOMPARE(s.controller(3)->received(), (QList<QByteArray>{"RVER", "RMDN", "SBRI 1 7",
-                                                                 "RBRI 1", "RBRI 1"}));
+        QCOMPARE(s.controller(3)->received(),
+                 (QList<QByteArray>{"RVER", "RMDN", "SBRI 1 7", "RBRI 1", "RBRI 1"}));
     }
 
     void linesAreFramedAsTheControllerDoes() {
@@ -488,11 +473,11 @@ private slots:
         QVERIFY(bad.readAllStandardError().contains("--devices"));
 
         QProcess p;
-        p.start(QStringLiteral(PANOMAT_SIM_EXE),
-                {"--devices", "2", "--first", "127.20.6.2", "--silent", "2:RVER", "--latency",
-                 "1:1"});
+        p.start(QStringLiteral(PANOMAT_SIM_EXE), {"--devices", "2", "--first", "127.20.6.2",
+                                                  "--silent", "2:RVER", "--latency", "1:1"});
         QVERIFY(p.waitForStarted());
-        QVERIFY(QTest::qWaitFor([&] { return p.readAllStandardError().contains("Ctrl+C"); }, 10000));
+        QVERIFY(
+            QTest::qWaitFor([&] { return p.readAllStandardError().contains("Ctrl+C"); }, 10000));
         Client one(addr("127.20.6.2")), two(addr("127.20.6.3"));
         QCOMPARE(one.ask("RVER"), QByteArray("VERS102\r\n"));
         two.send("RVER");

@@ -58,8 +58,9 @@ int main(int argc, char* argv[]) {
     app.exec();
 
     QFile arp(QStringLiteral("/proc/net/arp"));
-    const QHash<quint32, QString> neighbours =
-        arp.open(QIODevice::ReadOnly) ? parseNeighbourTable(arp.readAll()) : QHash<quint32, QString>{};
+    const QHash<quint32, QString> neighbours = arp.open(QIODevice::ReadOnly)
+                                                   ? parseNeighbourTable(arp.readAll())
+                                                   : QHash<quint32, QString>{};
     QList<FoundDevice> devices;
     for (const Prober::Found& f : prober.found())
         devices.append({f.address, neighbours.value(f.address, derivedMac(f.address))});
@@ -69,7 +70,8 @@ int main(int argc, char* argv[]) {
         say(error);
         return 1;
     }
-    say(QStringLiteral("%1 controller%2 found among %3 host%4 in %5 s; MAC.txt and IP.txt written to %6")
+    say(QStringLiteral(
+            "%1 controller%2 found among %3 host%4 in %5 s; MAC.txt and IP.txt written to %6")
             .arg(devices.size())
             .arg(devices.size() == 1 ? "" : "s")
             .arg(list.hosts.size())

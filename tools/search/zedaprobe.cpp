@@ -67,8 +67,8 @@ void Prober::finish(QTcpSocket* socket, QTimer* timer, quint32 address, const QB
     // A controller may close right after answering, so a reply that arrived before an
     // error still counts.
     if (reply.startsWith("VERS")) {
-        const QByteArray version = reply.left(reply.indexOf('\r') >= 0 ? reply.indexOf('\r')
-                                                                       : reply.indexOf('\n'));
+        const QByteArray version =
+            reply.left(reply.indexOf('\r') >= 0 ? reply.indexOf('\r') : reply.indexOf('\n'));
         found_.append({address, version});
         emit controllerFound(address, version);
     }

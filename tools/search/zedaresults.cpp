@@ -48,7 +48,8 @@ QByteArray ipFileBytes(const QList<FoundDevice>& devices) {
         for (int octet = 0; octet < 4; ++octet) {
             if (octet > 0)
                 out += '.';
-            out += QByteArray::number((d.address >> (24 - 8 * octet)) & 0xFF).rightJustified(3, '0');
+            out +=
+                QByteArray::number((d.address >> (24 - 8 * octet)) & 0xFF).rightJustified(3, '0');
         }
     return out + "\r\n";
 }
@@ -61,7 +62,8 @@ bool writeResultFiles(const QString& folder, const QList<FoundDevice>& devices, 
         // QSaveFile writes beside the old file and renames it over: the tool never
         // sees a half-written file, and the old contents are replaced whole.
         QSaveFile file(dir.filePath(QString::fromLatin1(name)));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() ||
+            !file.commit()) {
             *error = QStringLiteral("cannot write %1: %2").arg(file.fileName(), file.errorString());
             return false;
         }

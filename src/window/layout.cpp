@@ -141,9 +141,12 @@ void buildNetworkConfig(QWidget* central, Controls& ui)
     ui.btn_ip_get = button(QStringLiteral("btn_ip_get"), QStringLiteral("Get IP"));
     ui.btn_ip_set = button(QStringLiteral("btn_ip_set"), QStringLiteral("Set IP"));
     ui.btn_ip_relink = button(QStringLiteral("btn_ip_relink"), QStringLiteral("Re-Link"));
-    grid->addWidget(ui.btn_ip_get, 4, 0);
-    grid->addWidget(ui.btn_ip_set, 4, 1);
-    grid->addWidget(ui.btn_ip_relink, 4, 2);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(ui.btn_ip_get);
+    buttons->addWidget(ui.btn_ip_set);
+    buttons->addWidget(ui.btn_ip_relink);
+    grid->addLayout(buttons, 4, 0, 1, 3);
+    grid->setColumnStretch(1, 1);
 }
 
 void buildPageSelectors(QWidget* central, Controls& ui)
@@ -302,8 +305,9 @@ void buildIoPage(QGroupBox* page, Controls& ui)
         ui.btn_io_rst[i] = button(indexed("btn_io_rst", i), QLatin1String(captions[i]));
         buttons->addWidget(ui.btn_io_rst[i]);
     }
-    grid->addLayout(buttons, 7, 0, 1, 3);
-    grid->setColumnStretch(1, 1);
+    grid->addLayout(buttons, 7, 0, 1, 4);
+    grid->setColumnMinimumWidth(1, 220);
+    grid->setColumnStretch(3, 1);
 }
 
 void buildPicturePage(QGroupBox* page, Controls& ui)
@@ -380,6 +384,7 @@ void buildPositionPage(QGroupBox* page, Controls& ui)
     ui.btn_posi[1] = button(indexed("btn_posi", 1), QStringLiteral("Reset"));
     grid->addWidget(ui.btn_posi[0], 5, 5, 1, 2);
     grid->addWidget(ui.btn_posi[1], 5, 7, 1, 2);
+    grid->setVerticalSpacing(18);
     grid->setRowStretch(6, 1);
 }
 

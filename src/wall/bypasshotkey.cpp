@@ -7,17 +7,17 @@
 #include <QPushButton>
 #include <QRadioButton>
 
-BypassHotKey::BypassHotKey(Session& session) : s_(session)
-{
+BypassHotKey::BypassHotKey(Session& session) : s_(session) {
     for (int i = 0; i < 2; ++i)
-        QObject::connect(s_.ui.opt_ch4_bypass[i], &QRadioButton::clicked, [this, i] { opt_ch4_bypass_Click(i); });
+        QObject::connect(s_.ui.opt_ch4_bypass[i], &QRadioButton::clicked,
+                         [this, i] { opt_ch4_bypass_Click(i); });
     for (int i = 0; i < 24; ++i)
-        QObject::connect(s_.ui.btn_tv_fs[i], &QPushButton::clicked, [this, i] { btn_tv_fs_Click(i); });
+        QObject::connect(s_.ui.btn_tv_fs[i], &QPushButton::clicked,
+                         [this, i] { btn_tv_fs_Click(i); });
 }
 
 // Index 0 is "ON" and sends 1: the index runs opposite to the value on purpose.
-void BypassHotKey::opt_ch4_bypass_Click(int index)
-{
+void BypassHotKey::opt_ch4_bypass_Click(int index) {
     if (!s_.guard())
         return;
     // The status read sets these buttons from the controller's answer, which raises
@@ -30,8 +30,7 @@ void BypassHotKey::opt_ch4_bypass_Click(int index)
         s_.sendAll(command::line(QStringLiteral("SBY"), 0));
 }
 
-void BypassHotKey::btn_tv_fs_Click(int index)
-{
+void BypassHotKey::btn_tv_fs_Click(int index) {
     if (!s_.guard())
         return;
     s_.w.wait_hotkey = 1;
@@ -48,8 +47,7 @@ void BypassHotKey::btn_tv_fs_Click(int index)
     s_.w.wait_status = 0;
 }
 
-void BypassHotKey::HandleWallDefaultHotKeyReply(const QString& reply)
-{
+void BypassHotKey::HandleWallDefaultHotKeyReply(const QString& reply) {
     const QString key = reply::key(reply);
     WaitBytes& w = s_.w;
     if (key == QLatin1String("WDEF") && w.wait_wall_default == 1)

@@ -6,16 +6,16 @@
 #include <QProgressBar>
 #include <QPushButton>
 
-Favourites::Favourites(Session& session) : s_(session)
-{
+Favourites::Favourites(Session& session) : s_(session) {
     for (int slot = 1; slot <= 5; ++slot) {
-        QObject::connect(s_.ui.btn_save[slot], &QPushButton::clicked, [this, slot] { btn_save_Click(slot); });
-        QObject::connect(s_.ui.btn_recall[slot], &QPushButton::clicked, [this, slot] { btn_recall_Click(slot); });
+        QObject::connect(s_.ui.btn_save[slot], &QPushButton::clicked,
+                         [this, slot] { btn_save_Click(slot); });
+        QObject::connect(s_.ui.btn_recall[slot], &QPushButton::clicked,
+                         [this, slot] { btn_recall_Click(slot); });
     }
 }
 
-void Favourites::btn_save_Click(int index)
-{
+void Favourites::btn_save_Click(int index) {
     if (!s_.guard())
         return;
     s_.sendAll(command::line(QStringLiteral("SFAVE"), index));
@@ -24,8 +24,7 @@ void Favourites::btn_save_Click(int index)
 // The recall's acknowledgement comes through the wall reply handler ("RFAV"). Then the
 // bypass, bezel mode and bezel values are read back so the window shows the recalled
 // state; the panels stay locked until the completion message is closed.
-void Favourites::btn_recall_Click(int index)
-{
+void Favourites::btn_recall_Click(int index) {
     if (!s_.guard())
         return;
     QProgressBar* progress = s_.ui.ProgressBar1;

@@ -33,8 +33,7 @@ constexpr Group Groups[4] = {
 
 } // namespace
 
-PositionTrim::PositionTrim(Session& session) : s_(session)
-{
+PositionTrim::PositionTrim(Session& session) : s_(session) {
     for (int i = 0; i < 16; ++i) {
         QScrollBar* bar = s_.ui.HS_A[i];
         bar->setSingleStep(1);
@@ -46,17 +45,16 @@ PositionTrim::PositionTrim(Session& session) : s_(session)
         QObject::connect(bar, &QScrollBar::valueChanged, [this, i] { HS_A_Change(i); });
     }
     for (int i = 0; i < 2; ++i)
-        QObject::connect(s_.ui.btn_posi[i], &QPushButton::clicked, [this, i] { btn_posi_Click(i); });
+        QObject::connect(s_.ui.btn_posi[i], &QPushButton::clicked,
+                         [this, i] { btn_posi_Click(i); });
 }
 
-void PositionTrim::showTrim(int index, int position)
-{
+void PositionTrim::showTrim(int index, int position) {
     s_.ui.value_posi[index]->setText(position < Zero ? u'-' + legacy::plainText(Zero - position)
                                                      : u'+' + legacy::plainText(position - Zero));
 }
 
-void PositionTrim::HS_A_Change(int index)
-{
+void PositionTrim::HS_A_Change(int index) {
     if (!s_.guard())
         return;
     // Bars moved by a read-back send nothing.
@@ -72,15 +70,13 @@ void PositionTrim::HS_A_Change(int index)
         s_.send(command::line(QLatin1String(group.plus), output, position - Zero));
 }
 
-void PositionTrim::HS_A_Scroll(int index)
-{
+void PositionTrim::HS_A_Scroll(int index) {
     if (!s_.guard())
         return;
     showTrim(index, s_.ui.HS_A[index]->sliderPosition());
 }
 
-void PositionTrim::btn_posi_Click(int index)
-{
+void PositionTrim::btn_posi_Click(int index) {
     if (!s_.guard())
         return;
     if (index == 0) {
@@ -92,8 +88,7 @@ void PositionTrim::btn_posi_Click(int index)
     }
 }
 
-void PositionTrim::ReadPositionTrim()
-{
+void PositionTrim::ReadPositionTrim() {
     if (!s_.guard())
         return;
     Controls& ui = s_.ui;
@@ -118,8 +113,7 @@ void PositionTrim::ReadPositionTrim()
 
 // The output is the one asked for at this step; the reply's characters 5-7 are not
 // looked at. Characters 8-11 give the sign, 12-14 the magnitude.
-void PositionTrim::HandleTrimReply(const QString& reply)
-{
+void PositionTrim::HandleTrimReply(const QString& reply) {
     const int step = s_.w.wait_posi;
     if (step < 1 || step > 16)
         return;

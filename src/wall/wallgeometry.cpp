@@ -11,8 +11,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 
-WallGeometry::WallGeometry(Session& session) : s_(session)
-{
+WallGeometry::WallGeometry(Session& session) : s_(session) {
     Controls& ui = s_.ui;
     events::onClick(ui.cbo_tv_row, [this] { cbo_tv_row_Click(); });
     events::onClick(ui.cbo_tv_col, [this] { cbo_tv_col_Click(); });
@@ -21,35 +20,31 @@ WallGeometry::WallGeometry(Session& session) : s_(session)
     events::onChange(ui.cbo_tv_row, [this] { typedSize(s_.ui.cbo_tv_row, wall_rows); });
     events::onChange(ui.cbo_tv_col, [this] { typedSize(s_.ui.cbo_tv_col, wall_cols); });
     events::onChange(ui.cbo_tv_posi, [this] { cbo_tv_posi_Change(); });
-    QObject::connect(ui.btn_panomat_send, &QPushButton::clicked, [this] { btn_panomat_send_Click(); });
+    QObject::connect(ui.btn_panomat_send, &QPushButton::clicked,
+                     [this] { btn_panomat_send_Click(); });
 }
 
-void WallGeometry::cbo_tv_row_Click()
-{
+void WallGeometry::cbo_tv_row_Click() {
     wall_rows = static_cast<quint8>(s_.ui.cbo_tv_row->currentIndex() + 1);
     RebuildPositionList();
 }
 
-void WallGeometry::cbo_tv_col_Click()
-{
+void WallGeometry::cbo_tv_col_Click() {
     wall_cols = static_cast<quint8>(s_.ui.cbo_tv_col->currentIndex() + 1);
     RebuildPositionList();
 }
 
-void WallGeometry::cbo_tv_ch_Click()
-{
+void WallGeometry::cbo_tv_ch_Click() {
     wall_channel = static_cast<quint8>(s_.ui.cbo_tv_ch->currentIndex() + 1);
 }
 
-void WallGeometry::cbo_tv_posi_Click()
-{
+void WallGeometry::cbo_tv_posi_Click() {
     wall_position = static_cast<quint8>(s_.ui.cbo_tv_posi->currentIndex() + 1);
 }
 
 // Rows and columns are checked on every keystroke, so a half-typed number may already
 // be refused. A fraction is stored rounded, halves to even.
-void WallGeometry::typedSize(QComboBox* box, quint8& variable)
-{
+void WallGeometry::typedSize(QComboBox* box, quint8& variable) {
     const QString text = box->currentText();
     if (legacy::isNumeric(text)) {
         const double v = legacy::val(text);
@@ -63,8 +58,7 @@ void WallGeometry::typedSize(QComboBox* box, quint8& variable)
     s_.exclamation(QStringLiteral("Please type 1 ~ 15!"));
 }
 
-void WallGeometry::cbo_tv_posi_Change()
-{
+void WallGeometry::cbo_tv_posi_Change() {
     const int max = tileCount();
     const QString text = s_.ui.cbo_tv_posi->currentText();
     if (legacy::isNumeric(text)) {
@@ -79,12 +73,13 @@ void WallGeometry::cbo_tv_posi_Change()
 }
 
 // The product of two bytes, kept to 8 bits as the controller's tile numbers are.
-quint8 WallGeometry::tileCount() const { return static_cast<quint8>(wall_rows * wall_cols); }
+quint8 WallGeometry::tileCount() const {
+    return static_cast<quint8>(wall_rows * wall_cols);
+}
 
 // The chosen tile is deliberately left alone: after the wall shrinks, a tile beyond
 // the new size is still the one sent.
-void WallGeometry::RebuildPositionList()
-{
+void WallGeometry::RebuildPositionList() {
     QComboBox* box = s_.ui.cbo_tv_posi;
     const QSignalBlocker blocker(box);
     box->clear();
@@ -97,8 +92,7 @@ void WallGeometry::RebuildPositionList()
     box->setEditText(QString());
 }
 
-void WallGeometry::btn_panomat_send_Click()
-{
+void WallGeometry::btn_panomat_send_Click() {
     if (!s_.guard())
         return;
     if (wall_channel < 1 || wall_channel > 4 || wall_rows < 1 || wall_rows > 15 || wall_cols < 1 ||
@@ -106,7 +100,8 @@ void WallGeometry::btn_panomat_send_Click()
         s_.exclamation(QStringLiteral("Please choose the correct values !"));
         return;
     }
-    const QByteArray size = command::line(QStringLiteral("SMNC"), wall_rows, wall_cols, wall_channel);
+    const QByteArray size =
+        command::line(QStringLiteral("SMNC"), wall_rows, wall_cols, wall_channel);
     const QByteArray tile = command::line(QStringLiteral("SCO"), wall_channel, wall_position);
     // With ALL IP every controller gets each line, but only the selected one's
     // acknowledgement is read.
@@ -121,8 +116,7 @@ void WallGeometry::btn_panomat_send_Click()
     s_.w.wait_wall = 0;
 }
 
-void WallGeometry::OnWallReply(const QString& reply)
-{
+void WallGeometry::OnWallReply(const QString& reply) {
     const QString key = reply::key(reply);
     WaitBytes& w = s_.w;
     if (key == QLatin1String("MNCM") && w.wait_wall == 1) {
@@ -131,8 +125,9 @@ void WallGeometry::OnWallReply(const QString& reply)
         w.wait_wall = 3;
     } else if (key == QLatin1String("RFAV") && w.wait_fav == 1) {
         // Any stored slot releases a recall, not only the one asked for.
-        static const QStringList stored = {QStringLiteral("001"), QStringLiteral("002"), QStringLiteral("003"),
-                                          QStringLiteral("004"), QStringLiteral("005")};
+        static const QStringList stored = {QStringLiteral("001"), QStringLiteral("002"),
+                                           QStringLiteral("003"), QStringLiteral("004"),
+                                           QStringLiteral("005")};
         if (stored.contains(reply::value(reply)))
             w.wait_fav = 2;
     }

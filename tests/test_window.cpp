@@ -27,7 +27,6 @@ private slots:
     void connectWithoutSelection();
     void guardGoesOfflineWhenDeviceDrops();
     void selectionReconnectsOnlyThatDevice();
-    void broadcastReachesEveryListedSocket();
     void tenDevicesConnect();
     void textInfoShowsLatestChunkOfSelectedSocket();
     void closingEndsRunningWait();
@@ -49,7 +48,6 @@ void TestWindow::startupState()
     for (const char* frame : {"net_config", "con_interface", "frame_control(0)", "frame_control(5)"})
         QVERIFY2(!find<QGroupBox>(form, QLatin1String(frame))->isEnabled(), frame);
     QVERIFY(find<QGroupBox>(form, QStringLiteral("sys_setting"))->isEnabled());
-    QVERIFY(find<QPushButton>(form, QStringLiteral("btn_sys_search"))->isEnabled());
     for (const char* control : {"power_ctl(0)", "btn_sys_fac_rst", "btn_sys_refresh"})
         QVERIFY2(!find<QWidget>(form, QLatin1String(control))->isEnabled(), control);
     QVERIFY(!find<QCheckBox>(form, QStringLiteral("Check1(0)"))->isEnabled());
@@ -60,8 +58,6 @@ void TestWindow::startupState()
     QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
     QVERIFY(find<QProgressBar>(form, QStringLiteral("ProgressBar1"))->isHidden());
     QCOMPARE(buttonColour(form, "btn_discon"), QColor(255, 0, 0));
-    QCOMPARE(find<QPushButton>(form, QStringLiteral("power_ctl(1)"))->palette().color(QPalette::Button),
-             QColor(0, 255, 0));
     QCOMPARE(find<QScrollBar>(form, QStringLiteral("HS_A(15)"))->maximum(), 510);
     QCOMPARE(find<QScrollBar>(form, QStringLiteral("HS_A(15)"))->value(), 0);
     QCOMPARE(find<QLabel>(form, QStringLiteral("value_posi(3)"))->text(), QStringLiteral("Value"));
@@ -79,14 +75,11 @@ void TestWindow::startupLists()
     };
     const Expected lists[] = {
         {"cbo_val_H(1)", 256, " 0", " 255", ""},  {"cbo_val_V(4)", 256, " 0", " 255", ""},
-        {"cbo_tv_row", 15, " 1", " 15", "1~15"},   {"cbo_tv_col", 15, " 1", " 15", "1~15"},
-        {"cbo_tv_posi", 0, "", "", "1~MxN"},      {"cbo_tv_ch", 4, "Out A", "Out D", ""},
-        {"cbo_ip_type", 2, "DHCP", "STATIC", ""}, {"cbo_info_play", 2, "OFF", "ON", ""},
-        {"cbo_reso", 17, "720p50", "Native", ""}, {"cbo_image_bri(1)", 101, "0", "100", "0~100"},
-        {"cbo_image_hue(4)", 101, "0", "100", "0~100"}, {"cbo_osd(0)", 21, "0", "20", "0~20"},
-        {"cbo_osd(1)", 21, "0", "20", "0~20"},    {"cbo_osd_gain", 11, "0", "10", "0~10"},
-        {"cbo_osd_time", 49, "2", "50", ""},      {"cbo_ipaddr", 0, "", "", ""},
-        {"cbo_model", 0, "", "", ""}};
+        {"cbo_tv_row", 15, " 1", " 15", "1~15"},   {"cbo_tv_posi", 0, "", "", "1~MxN"},
+        {"cbo_tv_ch", 4, "Out A", "Out D", ""},    {"cbo_ip_type", 2, "DHCP", "STATIC", ""},
+        {"cbo_info_play", 2, "OFF", "ON", ""},     {"cbo_reso", 17, "720p50", "Native", ""},
+        {"cbo_image_hue(4)", 101, "0", "100", "0~100"}, {"cbo_osd(1)", 21, "0", "20", "0~20"},
+        {"cbo_osd_gain", 11, "0", "10", "0~10"},   {"cbo_osd_time", 49, "2", "50", ""}};
     for (const Expected& e : lists) {
         auto* box = find<QComboBox>(form, QLatin1String(e.name));
         QCOMPARE(box->count(), e.count);
@@ -97,7 +90,6 @@ void TestWindow::startupLists()
     }
     QCOMPARE(find<QComboBox>(form, QStringLiteral("cbo_reso"))->itemText(6), QStringLiteral("1080p60"));
     QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_tv_fs(23)"))->text(), QStringLiteral("6x3"));
-    QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_tv_fs(6)"))->text(), QStringLiteral("2x3"));
     QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_recall(5)"))->text(), QStringLiteral("FAV 5"));
 }
 
@@ -219,26 +211,6 @@ void TestWindow::selectionReconnectsOnlyThatDevice()
     QVERIFY(form.is_connected);
 }
 
-void TestWindow::broadcastReachesEveryListedSocket()
-{
-    FakeController a(QStringLiteral("127.10.6.1"));
-    FakeController b(QStringLiteral("127.10.6.2"));
-    FakeController c(QStringLiteral("127.10.6.3"));
-    a.answerLikeController();
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    driver::connectTo(form, {a.address(), b.address(), c.address()});
-    QTRY_COMPARE(c.acceptedCount(), 1);
-    b.stopListening();
-    QTRY_VERIFY(!form.link.isConnected(1));
-    boxes.clear();
-    a.clear();
-    form.sendAll("SBY 1\r\n");
-    QTRY_COMPARE(c.lines(), QStringList{QStringLiteral("SBY 1")});
-    QTRY_COMPARE(a.lines(), QStringList{QStringLiteral("SBY 1")});
-    QVERIFY(boxes.texts().isEmpty()); // a device that is down gets no message
-}
-
 void TestWindow::tenDevicesConnect()
 {
     std::vector<std::unique_ptr<FakeController>> devices;
@@ -253,9 +225,14 @@ void TestWindow::tenDevicesConnect()
     driver::connectTo(form, addresses);
     for (auto& device : devices)
         QTRY_COMPARE(device->acceptedCount(), 1);
+    // A broadcast reaches every listed socket; one that is down is passed over silently.
+    devices[4]->stopListening();
+    QTRY_VERIFY(!form.link.isConnected(4));
+    boxes.clear();
     form.sendAll("SFAVE 2\r\n");
-    for (auto& device : devices)
-        QTRY_VERIFY(device->lines().contains(QStringLiteral("SFAVE 2")));
+    for (int i = 0; i < 10; ++i)
+        QTRY_COMPARE(devices[i]->lines().contains(QStringLiteral("SFAVE 2")), i != 4);
+    QVERIFY(boxes.texts().isEmpty());
     driver::pick(form.ui.cbo_ipaddr, 9);
     QTRY_VERIFY(devices[9]->lines().contains(QStringLiteral("SOSDI")));
 }

@@ -1,6 +1,7 @@
 #include "support/fakecontroller.h"
 #include "support/formdriver.h"
 #include "support/messageboxanswerer.h"
+#include "virtualcontroller.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -66,6 +67,7 @@ private slots:
     void readWaitsForFittingReply();
     void disconnected_data();
     void disconnected();
+    void withVirtualController();
 };
 
 void TestTrim::barChangeSends_data() {
@@ -236,6 +238,27 @@ void TestTrim::disconnected() {
     QCOMPARE(trims.form.w.wait_posi, quint8(0));
     QVERIFY(trims.device.lines().isEmpty());
     QCOMPARE(trims.label(0), QStringLiteral("Value"));
+}
+
+// A virtual controller keeps the trims it is sent and reads them back.
+void TestTrim::withVirtualController() {
+    sim::VirtualController controller(1);
+    QVERIFY(controller.listen(QHostAddress(QStringLiteral("127.31.90.1"))));
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, {QStringLiteral("127.31.90.1")});
+    form.ui.HS_A[5]->setValue(300);
+    form.ui.HS_A[12]->setValue(45);
+    QTRY_COMPARE(controller.state().trim[sim::HEnd][1], 45);
+    QTRY_COMPARE(controller.state().trim[sim::VEnd][0], -210);
+    for (QScrollBar* bar : form.ui.HS_A) {
+        const QSignalBlocker quiet(bar);
+        bar->setValue(0);
+    }
+    driver::click(form.ui.btn_posi[0]);
+    for (int i = 0; i < 16; ++i)
+        QCOMPARE(form.ui.HS_A[i]->value(), i == 5 ? 300 : i == 12 ? 45 : 255);
+    QCOMPARE(form.ui.value_posi[12]->text(), QStringLiteral("-210"));
 }
 
 int main(int argc, char* argv[]) {

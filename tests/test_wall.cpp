@@ -1,3 +1,4 @@
+#include "simulator.h"
 #include "support/fakecontroller.h"
 #include "support/formdriver.h"
 #include "support/messageboxanswerer.h"
@@ -99,6 +100,7 @@ private slots:
     void recall();
     void hotKey_data();
     void hotKey();
+    void withVirtualControllers();
 };
 
 void TestWall::sendWaitsForEachAcknowledgement_data() {
@@ -356,6 +358,40 @@ void TestWall::hotKey() {
     QCOMPARE(wall.form.w.wait_hotkey + wall.form.w.wait_status, 0);
     QTest::qWait(30);
     QCOMPARE(wall.device().lines().size(), 2); // the option set by the read sent nothing
+}
+
+// Two virtual controllers that keep what they are told.
+void TestWall::withVirtualControllers() {
+    sim::Simulator controllers;
+    QVERIFY(controllers.start(QHostAddress(QStringLiteral("127.30.90.1")), 2));
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, {QStringLiteral("127.30.90.1"), QStringLiteral("127.30.90.2")});
+    auto wall = [&](int n) { return controllers.controller(n)->state().wall; };
+    driver::pick(form.ui.cbo_tv_row, 2);
+    driver::pick(form.ui.cbo_tv_col, 3);
+    driver::pick(form.ui.cbo_tv_ch, 1);
+    driver::pick(form.ui.cbo_tv_posi, 6);
+    form.ui.chk_tv_allip[0]->setChecked(true);
+    driver::click(form.ui.btn_panomat_send);
+    for (int n = 1; n <= 2; ++n) {
+        QTRY_COMPARE(wall(n).rows * 100 + wall(n).cols * 10 + wall(n).channel, 342);
+        QCOMPARE(wall(n).position[1], 7);
+    }
+    driver::click(form.ui.btn_save[2]);
+    QTRY_COMPARE(controllers.controller(2)->state().favourites[1], wall(2));
+    const sim::WallSettings saved = wall(1);
+    driver::click(form.ui.btn_tv_fs[2]); // 3x3, on the selected controller only
+    QVERIFY(!(wall(1) == saved));
+    QCOMPARE(wall(2), saved);
+    form.ui.opt_ch4_bypass[0]->click(); // "ON" to both
+    QTRY_VERIFY(wall(1).bypass && wall(2).bypass);
+    boxes.clear();
+    driver::click(form.ui.btn_recall[2]);
+    QCOMPARE(wall(1), saved);
+    QTRY_COMPARE(wall(2), saved);
+    QVERIFY(form.ui.opt_ch4_bypass[1]->isChecked()); // read back after the recall
+    QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Recall completed !")});
 }
 
 int main(int argc, char* argv[]) {

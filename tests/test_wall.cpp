@@ -95,8 +95,6 @@ private slots:
     void positionListAndTypedPosition();
     void refusedWithoutSending_data();
     void refusedWithoutSending();
-    void broadcasts_data();
-    void broadcasts();
     void recall();
     void hotKey_data();
     void hotKey();
@@ -238,41 +236,6 @@ void TestWall::refusedWithoutSending() {
     QCOMPARE(wall.form.w.wait_fav + wall.form.w.wait_hotkey + wall.form.w.wait_wall, 0);
 }
 
-void TestWall::broadcasts_data() {
-    QTest::addColumn<QString>("control");
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("quiet"); // pressed while a status read runs
-    QTest::newRow("save") << "btn_save(5)"
-                          << "SFAVE 5"
-                          << "";
-    QTest::newRow("bypass ON sends 1") << "opt_ch4_bypass(0)"
-                                       << "SBY 1"
-                                       << "opt_ch4_bypass(1)";
-    QTest::newRow("bypass OFF sends 0") << "opt_ch4_bypass(1)"
-                                        << "SBY 0"
-                                        << "opt_ch4_bypass(0)";
-}
-
-// Whatever is selected and whatever ALL IP says, every listed controller gets these.
-void TestWall::broadcasts() {
-    QFETCH(QString, control);
-    QFETCH(QString, line);
-    QFETCH(QString, quiet);
-    Wall wall(5, quiet.isEmpty() ? "opt_tv3" : "opt_tv2", 3);
-    wall.form.ui.cbo_ipaddr->setCurrentIndex(1);
-    wall.press(control);
-    if (!quiet.isEmpty()) {
-        // The status read selects an option and so raises its Click: nothing goes back.
-        wall.form.w.wait_status = 3;
-        wall.press(quiet);
-        wall.form.w.wait_status = 0;
-    }
-    QTest::qWait(30);
-    for (int i = 0; i < 3; ++i)
-        QTRY_COMPARE(wall.device(i).lines(), QStringList{line});
-    QVERIFY(wall.boxes.texts().isEmpty());
-}
-
 void TestWall::recall() {
     Wall wall(6, "opt_tv3", 2);
     QList<int> stepsWhileWrong;
@@ -392,6 +355,13 @@ void TestWall::withVirtualControllers() {
     QTRY_COMPARE(wall(2), saved);
     QVERIFY(form.ui.opt_ch4_bypass[1]->isChecked()); // read back after the recall
     QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Recall completed !")});
+    form.ui.opt_ch4_bypass[0]->click();
+    form.ui.cbo_ipaddr->setCurrentIndex(1); // bypass goes to all whatever is selected
+    form.ui.opt_ch4_bypass[1]->click();
+    for (int n = 1; n <= 2; ++n)
+        QTRY_VERIFY(controllers.controller(n)->received().endsWith("SBY 0"));
+    QCOMPARE(controllers.controller(1)->received().count("SBY 1"), 2);
+    QVERIFY(!wall(1).bypass && !wall(2).bypass);
 }
 
 int main(int argc, char* argv[]) {

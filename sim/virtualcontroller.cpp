@@ -238,6 +238,8 @@ QString VirtualController::name() const {
 
 void VirtualController::accept() {
     while (QTcpSocket* s = server_->nextPendingConnection()) {
+        // Each reply leaves at once as a chunk of its own, not held back to join the next.
+        s->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         auto* c = new Connection(this, s);
         connections_.append(c);
         log(QStringLiteral("connected from %1").arg(c->peer()));

@@ -73,6 +73,8 @@ void FakeController::onNewConnection()
 {
     while (QTcpSocket* client = server_->nextPendingConnection()) {
         ++accepted_;
+        // Replies leave at once, so chunks arrive as the test sent them.
+        client->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         clients_ << client;
         connect(client, &QTcpSocket::readyRead, this, [this, client] { onReadyRead(client); });
         connect(client, &QTcpSocket::disconnected, this, [this, client] {

@@ -21,16 +21,14 @@
 
 namespace {
 
-double cpuSeconds()
-{
+double cpuSeconds() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     auto seconds = [](const timeval& t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-void listDevice(Form1& form, const QString& address)
-{
+void listDevice(Form1& form, const QString& address) {
     form.ui.cbo_ipaddr->addItem(QStringLiteral("02-00-7F-3C-00-01"));
     form.ui.cbo_ipaddr->setCurrentIndex(0);
     form.ip_list = QStringList{address};
@@ -38,8 +36,7 @@ void listDevice(Form1& form, const QString& address)
 }
 
 // Seconds of CPU per second of wall time while a reply wait runs.
-void measureReplyWait(int seconds)
-{
+void measureReplyWait(int seconds) {
     sim::Simulator wall;
     if (!wall.start(QHostAddress(QStringLiteral("127.60.0.1")), 1)) {
         std::fprintf(stderr, "%s\n", qPrintable(wall.errorString()));
@@ -69,8 +66,7 @@ void measureReplyWait(int seconds)
                 static_cast<long long>(sinceClose.elapsed()));
 }
 
-void measureConnectWait()
-{
+void measureConnectWait() {
     Form1 form;
     listDevice(form, QStringLiteral("127.60.0.99")); // nothing listens there
     QElapsedTimer elapsed;
@@ -90,8 +86,7 @@ void measureConnectWait()
 
 } // namespace
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
     const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
     measureReplyWait(seconds);

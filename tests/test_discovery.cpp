@@ -27,41 +27,36 @@ private slots:
     void searchGoesOfflineFirst();
 
 private:
-    static QString beside(const QString& name)
-    {
+    static QString beside(const QString& name) {
         return QDir(QCoreApplication::applicationDirPath()).filePath(name);
     }
-    static void writeFile(const QString& name, const QByteArray& bytes)
-    {
+    static void writeFile(const QString& name, const QByteArray& bytes) {
         QFile file(beside(name));
         QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
         file.write(bytes);
     }
-    static void writeSearchProgram(const QByteArray& extra = {})
-    {
-        writeFile(QStringLiteral("ZEDA.exe"),
-                  "#!/bin/sh\ncd \"$(dirname \"$0\")\"\n" + extra +
-                      "[ -f MAC.next ] && cp MAC.next MAC.txt\n"
-                      "[ -f IP.next ] && cp IP.next IP.txt\nexit 0\n");
+    static void writeSearchProgram(const QByteArray& extra = {}) {
+        writeFile(QStringLiteral("ZEDA.exe"), "#!/bin/sh\ncd \"$(dirname \"$0\")\"\n" + extra +
+                                                  "[ -f MAC.next ] && cp MAC.next MAC.txt\n"
+                                                  "[ -f IP.next ] && cp IP.next IP.txt\nexit 0\n");
         QFile::setPermissions(beside(QStringLiteral("ZEDA.exe")),
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
-    static void prepareResult(const QByteArray& mac, const QByteArray& ip)
-    {
+    static void prepareResult(const QByteArray& mac, const QByteArray& ip) {
         writeFile(QStringLiteral("MAC.next"), mac);
         writeFile(QStringLiteral("IP.next"), ip);
     }
-    static void search(Form1& form) { driver::click(find<QPushButton>(form, QStringLiteral("btn_sys_search"))); }
+    static void search(Form1& form) {
+        driver::click(find<QPushButton>(form, QStringLiteral("btn_sys_search")));
+    }
 };
 
-void TestDiscovery::init()
-{
+void TestDiscovery::init() {
     for (const char* name : {"ZEDA.exe", "MAC.txt", "IP.txt", "MAC.next", "IP.next", "runs.log"})
         QFile::remove(beside(QLatin1String(name)));
 }
 
-void TestDiscovery::searchFillsListsAndSelectsFirst()
-{
+void TestDiscovery::searchFillsListsAndSelectsFirst() {
     FakeController first(QStringLiteral("127.11.1.1"));
     FakeController second(QStringLiteral("127.11.1.2"));
     first.answerLikeController();
@@ -90,8 +85,7 @@ void TestDiscovery::searchFillsListsAndSelectsFirst()
     QCOMPARE(second.acceptedCount(), 0);
 }
 
-void TestDiscovery::emptyResultFindsNothing()
-{
+void TestDiscovery::emptyResultFindsNothing() {
     writeSearchProgram();
     prepareResult("", "");
     MessageBoxAnswerer boxes;
@@ -106,19 +100,19 @@ void TestDiscovery::emptyResultFindsNothing()
     QVERIFY(!form.search_done);
 }
 
-void TestDiscovery::missingFiles_data()
-{
+void TestDiscovery::missingFiles_data() {
     QTest::addColumn<bool>("program");
     QTest::addColumn<QByteArray>("mac");
     QTest::addColumn<QByteArray>("ip");
     QTest::addColumn<QString>("named");
     QTest::newRow("no search program") << false << QByteArray() << QByteArray() << "ZEDA.exe";
-    QTest::newRow("no MAC.txt") << true << QByteArray() << QByteArray("127.011.002.001\r\n") << "MAC.txt";
-    QTest::newRow("no IP.txt") << true << QByteArray("AA-BB-CC-DD-EE-01\r\n") << QByteArray() << "IP.txt";
+    QTest::newRow("no MAC.txt") << true << QByteArray() << QByteArray("127.011.002.001\r\n")
+                                << "MAC.txt";
+    QTest::newRow("no IP.txt") << true << QByteArray("AA-BB-CC-DD-EE-01\r\n") << QByteArray()
+                               << "IP.txt";
 }
 
-void TestDiscovery::missingFiles()
-{
+void TestDiscovery::missingFiles() {
     QFETCH(bool, program);
     QFETCH(QByteArray, mac);
     QFETCH(QByteArray, ip);
@@ -140,8 +134,7 @@ void TestDiscovery::missingFiles()
     QCOMPARE(boxes.seen().size(), 2);
 }
 
-void TestDiscovery::failedAutomaticSelectionKeepsWindow()
-{
+void TestDiscovery::failedAutomaticSelectionKeepsWindow() {
     writeSearchProgram();
     prepareResult("AA-BB-CC-DD-EE-01\r\n", "127.011.004.001\r\n"); // nothing listens there
     MessageBoxAnswerer boxes;
@@ -153,14 +146,19 @@ void TestDiscovery::failedAutomaticSelectionKeepsWindow()
     QCOMPARE(form.ui.cbo_ipaddr->count(), 1);
 }
 
-void TestDiscovery::moreThan255DevicesKeepsFirst255()
-{
+void TestDiscovery::moreThan255DevicesKeepsFirst255() {
     FakeController first(QStringLiteral("127.11.5.1"));
     first.answerLikeController();
     QByteArray mac, ip;
     for (int i = 1; i <= 300; ++i) {
-        mac += QStringLiteral("02-00-7F-0B-%1-%2\r\n").arg(i / 256, 2, 16, QLatin1Char('0')).arg(i % 256, 2, 16, QLatin1Char('0')).toLatin1();
-        ip += QStringLiteral("127.011.%1.%2").arg(5 + i / 256, 3, 10, QLatin1Char('0')).arg(i % 256, 3, 10, QLatin1Char('0')).toLatin1();
+        mac += QStringLiteral("02-00-7F-0B-%1-%2\r\n")
+                   .arg(i / 256, 2, 16, QLatin1Char('0'))
+                   .arg(i % 256, 2, 16, QLatin1Char('0'))
+                   .toLatin1();
+        ip += QStringLiteral("127.011.%1.%2")
+                  .arg(5 + i / 256, 3, 10, QLatin1Char('0'))
+                  .arg(i % 256, 3, 10, QLatin1Char('0'))
+                  .toLatin1();
     }
     writeSearchProgram();
     prepareResult(mac, ip + "\r\n");
@@ -175,16 +173,16 @@ void TestDiscovery::moreThan255DevicesKeepsFirst255()
     QVERIFY(boxes.texts().contains(QStringLiteral("Search MAC completed !")));
 }
 
-void TestDiscovery::secondSearchWhileRunningDoesNothing()
-{
+void TestDiscovery::secondSearchWhileRunningDoesNothing() {
     writeSearchProgram("echo run >> runs.log\nsleep 0.5\n");
     prepareResult("", "");
     MessageBoxAnswerer boxes;
     Form1 form;
     auto* button = find<QPushButton>(form, QStringLiteral("btn_sys_search"));
     // The second click comes while the first search's program runs.
-    driver::when(&form, [] { return QFile::exists(beside(QStringLiteral("runs.log"))); },
-                 [button] { button->click(); });
+    driver::when(
+        &form, [] { return QFile::exists(beside(QStringLiteral("runs.log"))); },
+        [button] { button->click(); });
     driver::click(button);
     QTest::qWait(700);
     QFile log(beside(QStringLiteral("runs.log")));
@@ -194,8 +192,7 @@ void TestDiscovery::secondSearchWhileRunningDoesNothing()
     QCOMPARE(boxes.seen().size(), 1);
 }
 
-void TestDiscovery::searchGoesOfflineFirst()
-{
+void TestDiscovery::searchGoesOfflineFirst() {
     FakeController old(QStringLiteral("127.11.7.1"));
     FakeController found(QStringLiteral("127.11.7.2"));
     old.answerLikeController();
@@ -212,8 +209,7 @@ void TestDiscovery::searchGoesOfflineFirst()
     QVERIFY(found.lines().contains(QStringLiteral("SOSDI")));
 }
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(argc, argv);
     TestDiscovery test;

@@ -11,18 +11,18 @@ using driver::find;
 
 namespace {
 
-QStringList receivedLines(const sim::VirtualController* controller)
-{
+QStringList receivedLines(const sim::VirtualController* controller) {
     QStringList lines;
     for (const QByteArray& line : controller->received())
         lines << QString::fromLatin1(line);
     return lines;
 }
 
-QString firmwareTitle(const sim::VirtualController* controller)
-{
+QString firmwareTitle(const sim::VirtualController* controller) {
     const int firmware = controller->state().firmware;
-    return QStringLiteral("Panomat Set v1.10    FW: v%1.%2").arg(firmware / 100).arg(firmware % 100, 2, 10, QLatin1Char('0'));
+    return QStringLiteral("Panomat Set v1.10    FW: v%1.%2")
+        .arg(firmware / 100)
+        .arg(firmware % 100, 2, 10, QLatin1Char('0'));
 }
 
 } // namespace
@@ -35,10 +35,10 @@ private slots:
     void searchListsConnectsAndReadsBack();
 };
 
-void TestEndToEnd::searchListsConnectsAndReadsBack()
-{
+void TestEndToEnd::searchListsConnectsAndReadsBack() {
     sim::Simulator wall;
-    QVERIFY2(wall.start(QHostAddress(QStringLiteral("127.22.0.1")), 3), qPrintable(wall.errorString()));
+    QVERIFY2(wall.start(QHostAddress(QStringLiteral("127.22.0.1")), 3),
+             qPrintable(wall.errorString()));
     qputenv("ZEDA_HOSTS", "127.22.0.1-127.22.0.6"); // three controllers, three absent hosts
     MessageBoxAnswerer boxes;
     Form1 form;
@@ -48,7 +48,8 @@ void TestEndToEnd::searchListsConnectsAndReadsBack()
     QCOMPARE(form.ui.cbo_ipaddr->count(), 3);
     const QRegularExpression mac(QStringLiteral("^([0-9A-F]{2}-){5}[0-9A-F]{2}$"));
     for (int i = 0; i < 3; ++i)
-        QVERIFY2(mac.match(form.ui.cbo_ipaddr->itemText(i)).hasMatch(), qPrintable(form.ui.cbo_ipaddr->itemText(i)));
+        QVERIFY2(mac.match(form.ui.cbo_ipaddr->itemText(i)).hasMatch(),
+                 qPrintable(form.ui.cbo_ipaddr->itemText(i)));
     QCOMPARE(boxes.texts(), (QStringList{"Search MAC completed !", "Refresh completed !"}));
 
     // The search probed with "RVER"; then the tool's first line on the wire.
@@ -69,8 +70,7 @@ void TestEndToEnd::searchListsConnectsAndReadsBack()
     QCOMPARE(form.ui.txt_ip->text(), QStringLiteral("127.022.000.003"));
 }
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(argc, argv);
     TestEndToEnd test;

@@ -20,19 +20,18 @@ const QStringList RefreshReads = {"RPOW",   "RMDN",   "RBY",    "RBEZ",   "RVER"
                                   "ROSDH",  "ROSDV",  "ROSDG",  "RMUTE"};
 
 // Answers "SCBH n v" with "CBHC00n", and likewise for the V column.
-QByteArray acknowledgeBezel(const QString& line)
-{
-    return (line.startsWith(QLatin1String("SCBH")) ? "CBHC00" : "CBVC00") + line.section(u' ', 1, 1).toLatin1();
+QByteArray acknowledgeBezel(const QString& line) {
+    return (line.startsWith(QLatin1String("SCBH")) ? "CBHC00" : "CBVC00") +
+           line.section(u' ', 1, 1).toLatin1();
 }
 
 // Runs action `ms` after condition first holds, from inside the handler that waits.
-void pauseThen(Form1& form, std::function<bool()> condition, int ms, std::function<void()> action)
-{
-    driver::when(&form, std::move(condition), [&form, ms, action] { QTimer::singleShot(ms, &form, action); });
+void pauseThen(Form1& form, std::function<bool()> condition, int ms, std::function<void()> action) {
+    driver::when(&form, std::move(condition),
+                 [&form, ms, action] { QTimer::singleShot(ms, &form, action); });
 }
 
-int lockedFrames(Form1& form)
-{
+int lockedFrames(Form1& form) {
     int locked = 0;
     for (const char* frame : {"net_config", "con_interface", "sys_setting", "frame_control(2)"})
         locked += find<QGroupBox>(form, QLatin1String(frame))->isEnabled() ? 0 : 1;
@@ -64,8 +63,8 @@ private slots:
 
 private:
     // Connects the window to the fakes and clears what the refresh left.
-    static void connectAll(Form1& form, const QList<FakeController*>& devices, MessageBoxAnswerer& boxes)
-    {
+    static void connectAll(Form1& form, const QList<FakeController*>& devices,
+                           MessageBoxAnswerer& boxes) {
         QStringList addresses;
         for (FakeController* device : devices)
             addresses << device->address();
@@ -77,8 +76,7 @@ private:
     }
 };
 
-void TestReadBack::refreshReadsEverythingInOrder()
-{
+void TestReadBack::refreshReadsEverythingInOrder() {
     FakeController device(QStringLiteral("127.12.1.1"));
     device.answerLikeController();
     MessageBoxAnswerer boxes;
@@ -106,8 +104,7 @@ void TestReadBack::refreshReadsEverythingInOrder()
     QCOMPARE(device.lines(), RefreshReads);
 }
 
-void TestReadBack::refreshWaitsForEachReplyWithPanelsLocked()
-{
+void TestReadBack::refreshWaitsForEachReplyWithPanelsLocked() {
     FakeController device(QStringLiteral("127.12.2.1"));
     device.answerLikeController();
     device.silence(QStringLiteral("RBEZ"));
@@ -118,17 +115,21 @@ void TestReadBack::refreshWaitsForEachReplyWithPanelsLocked()
     auto* progress = find<QProgressBar>(form, QStringLiteral("ProgressBar1"));
     QStringList sentWhileWaiting;
     int progressWhileWaiting = -1, lockedWhileWaiting = 0, progressAtBox = -1, lockedAtBox = 0;
-    pauseThen(form, [&] { return device.lines().value(4) == QLatin1String("RBEZ"); }, 200, [&] {
-        sentWhileWaiting = device.lines();
-        progressWhileWaiting = progress->isHidden() ? -1 : progress->value();
-        lockedWhileWaiting = lockedFrames(form);
-        device.push("BEZE000\r\n");
-    });
-    driver::when(&form, [&] { return !boxes.seen().isEmpty(); }, [&] {
-        progressAtBox = progress->value();
-        lockedAtBox = lockedFrames(form);
-        boxes.pressNow();
-    });
+    pauseThen(
+        form, [&] { return device.lines().value(4) == QLatin1String("RBEZ"); }, 200,
+        [&] {
+            sentWhileWaiting = device.lines();
+            progressWhileWaiting = progress->isHidden() ? -1 : progress->value();
+            lockedWhileWaiting = lockedFrames(form);
+            device.push("BEZE000\r\n");
+        });
+    driver::when(
+        &form, [&] { return !boxes.seen().isEmpty(); },
+        [&] {
+            progressAtBox = progress->value();
+            lockedAtBox = lockedFrames(form);
+            boxes.pressNow();
+        });
     driver::click(find<QPushButton>(form, QStringLiteral("btn_con")));
     QCOMPARE(sentWhileWaiting, (QStringList{"SOSDI", "RPOW", "RMDN", "RBY", "RBEZ"}));
     QCOMPARE(progressWhileWaiting, 0);
@@ -141,8 +142,7 @@ void TestReadBack::refreshWaitsForEachReplyWithPanelsLocked()
     QCOMPARE(device.lines().size(), 1 + RefreshReads.size());
 }
 
-void TestReadBack::repliesAtWrongStepOrJoinedAreIgnored()
-{
+void TestReadBack::repliesAtWrongStepOrJoinedAreIgnored() {
     FakeController device(QStringLiteral("127.12.3.1"));
     device.answerLikeController();
     device.silence(QStringLiteral("RPOW"));
@@ -152,17 +152,23 @@ void TestReadBack::repliesAtWrongStepOrJoinedAreIgnored()
     driver::listDevices(form, {device.address(), QStringLiteral("127.12.3.2")});
     form.ui.cbo_model->setCurrentIndex(1);
     QList<int> seen; // wait_status and the model after the wrong-step and the joined replies
-    driver::when(&form, [&] { return device.lines().value(1) == QLatin1String("RPOW"); }, [&] {
-        device.push("MODN000\r\n"); // the model reply while power is awaited
-        pauseThen(form, [] { return true; }, 150, [&] {
-            seen << form.w.wait_status << form.ui.cbo_model->currentIndex();
-            device.push("POWE000\r\nMODN000\r\n"); // only the first of a chunk is seen
+    driver::when(
+        &form, [&] { return device.lines().value(1) == QLatin1String("RPOW"); },
+        [&] {
+            device.push("MODN000\r\n"); // the model reply while power is awaited
+            pauseThen(
+                form, [] { return true; }, 150,
+                [&] {
+                    seen << form.w.wait_status << form.ui.cbo_model->currentIndex();
+                    device.push("POWE000\r\nMODN000\r\n"); // only the first of a chunk is seen
+                });
         });
-    });
-    pauseThen(form, [&] { return device.lines().value(2) == QLatin1String("RMDN"); }, 150, [&] {
-        seen << form.w.wait_status << form.ui.cbo_model->currentIndex();
-        device.push("MODN000\r\n");
-    });
+    pauseThen(
+        form, [&] { return device.lines().value(2) == QLatin1String("RMDN"); }, 150,
+        [&] {
+            seen << form.w.wait_status << form.ui.cbo_model->currentIndex();
+            device.push("MODN000\r\n");
+        });
     driver::click(find<QPushButton>(form, QStringLiteral("btn_con")));
     QCOMPARE(seen, (QList<int>{1, 1, 2, 1}));
     QCOMPARE(boxes.texts(), QStringList{"Refresh completed !"});
@@ -170,8 +176,7 @@ void TestReadBack::repliesAtWrongStepOrJoinedAreIgnored()
     QVERIFY(!find<QPushButton>(form, QStringLiteral("power_ctl(2)"))->isHidden());
 }
 
-void TestReadBack::shortVersionReply()
-{
+void TestReadBack::shortVersionReply() {
     FakeController device(QStringLiteral("127.12.4.1"));
     device.answerLikeController();
     device.silence(QStringLiteral("RVER"));
@@ -183,14 +188,13 @@ void TestReadBack::shortVersionReply()
     Form1 form;
     driver::connectTo(form, {device.address()});
     QCOMPARE(form.windowTitle(), QStringLiteral("Panomat Set v1.10    FW: v1."));
-
 }
 
-void TestReadBack::staticSetIpWritesFiveLinesThenGoesOffline()
-{
+void TestReadBack::staticSetIpWritesFiveLinesThenGoesOffline() {
     FakeController device(QStringLiteral("127.12.6.1"));
     device.answerLikeController();
-    for (auto [keyword, answer] : {std::pair{"SIPM", "IPMD001"}, {"SIPA", "IPA0"}, {"SGAA", "GAA0"}, {"SREL", "RELI"}})
+    for (auto [keyword, answer] :
+         {std::pair{"SIPM", "IPMD001"}, {"SIPA", "IPA0"}, {"SGAA", "GAA0"}, {"SREL", "RELI"}})
         device.reply(QLatin1String(keyword), QLatin1String(answer));
     MessageBoxAnswerer boxes;
     Form1 form;
@@ -199,25 +203,29 @@ void TestReadBack::staticSetIpWritesFiveLinesThenGoesOffline()
     form.ui.txt_net->setText(QStringLiteral("255.0.0.0"));
     form.ui.txt_gate->clear();
     QList<int> seen; // lines sent while the mask is unacknowledged; the step after a wrong ack
-    pauseThen(form, [&] { return device.lines().size() == 3; }, 200, [&] {
-        seen << int(device.lines().size());
-        device.push("GAA0\r\n");
-        pauseThen(form, [] { return true; }, 100, [&] {
-            seen << form.w.wait_net_set;
-            device.push("MAA0\r\n");
+    pauseThen(
+        form, [&] { return device.lines().size() == 3; }, 200,
+        [&] {
+            seen << int(device.lines().size());
+            device.push("GAA0\r\n");
+            pauseThen(
+                form, [] { return true; }, 100,
+                [&] {
+                    seen << form.w.wait_net_set;
+                    device.push("MAA0\r\n");
+                });
         });
-    });
     driver::click(find<QPushButton>(form, QStringLiteral("btn_ip_set")));
     QCOMPARE(seen, (QList<int>{3, 3}));
-    QCOMPARE(device.lines(), (QStringList{"SIPM 1", "SIPA 127.012.006.009", "SMAA 255.0.0.0", "SGAA ", "SREL"}));
+    QCOMPARE(device.lines(),
+             (QStringList{"SIPM 1", "SIPA 127.012.006.009", "SMAA 255.0.0.0", "SGAA ", "SREL"}));
     QCOMPARE(boxes.texts(), QStringList{"Set STATIC IP completed, please re-link the ethernet !"});
     QCOMPARE(boxes.seen().first().icon, QMessageBox::Information);
     QVERIFY(!form.is_connected);
     QTRY_COMPARE(device.connectionCount(), 0);
 }
 
-void TestReadBack::dhcpModeSetIpAndRelink()
-{
+void TestReadBack::dhcpModeSetIpAndRelink() {
     FakeController device(QStringLiteral("127.12.7.1"));
     device.answerLikeController();
     device.reply(QStringLiteral("RIPM"), QStringLiteral("IPMD000"));
@@ -241,23 +249,35 @@ void TestReadBack::dhcpModeSetIpAndRelink()
     QVERIFY(!form.is_connected);
 }
 
-void TestReadBack::ioValues_data()
-{
+void TestReadBack::ioValues_data() {
     QTest::addColumn<QString>("keyword");
     QTest::addColumn<QString>("answer");
     QTest::addColumn<QString>("list");
     QTest::addColumn<int>("index");
-    QTest::newRow("native") << "RRES" << "RESO016" << "cbo_reso" << 16;
-    QTest::newRow("timeout offset") << "ROSDT" << "OSDT010" << "cbo_osd_time" << 8;
-    QTest::newRow("timeout below list clears") << "ROSDT" << "OSDT001" << "cbo_osd_time" << -1;
-    QTest::newRow("display on") << "ROSDD" << "OSDD001" << "cbo_info_play" << 1;
-    QTest::newRow("h offset") << "ROSDH" << "OSDH020" << "cbo_osd(0)" << 20;
-    QTest::newRow("v offset") << "ROSDV" << "OSDV000" << "cbo_osd(1)" << 0;
-    QTest::newRow("gain") << "ROSDG" << "OSDG010" << "cbo_osd_gain" << 10;
+    QTest::newRow("native") << "RRES"
+                            << "RESO016"
+                            << "cbo_reso" << 16;
+    QTest::newRow("timeout offset") << "ROSDT"
+                                    << "OSDT010"
+                                    << "cbo_osd_time" << 8;
+    QTest::newRow("timeout below list clears") << "ROSDT"
+                                               << "OSDT001"
+                                               << "cbo_osd_time" << -1;
+    QTest::newRow("display on") << "ROSDD"
+                                << "OSDD001"
+                                << "cbo_info_play" << 1;
+    QTest::newRow("h offset") << "ROSDH"
+                              << "OSDH020"
+                              << "cbo_osd(0)" << 20;
+    QTest::newRow("v offset") << "ROSDV"
+                              << "OSDV000"
+                              << "cbo_osd(1)" << 0;
+    QTest::newRow("gain") << "ROSDG"
+                          << "OSDG010"
+                          << "cbo_osd_gain" << 10;
 }
 
-void TestReadBack::ioValues()
-{
+void TestReadBack::ioValues() {
     QFETCH(QString, keyword);
     QFETCH(QString, answer);
     QFETCH(QString, list);
@@ -276,8 +296,7 @@ void TestReadBack::ioValues()
     QVERIFY(find<QPushButton>(form, QStringLiteral("btn_io_rst(0)"))->isEnabled());
 }
 
-void TestReadBack::ioValueOutsideListKeepsReadWaiting()
-{
+void TestReadBack::ioValueOutsideListKeepsReadWaiting() {
     FakeController device(QStringLiteral("127.12.9.1"));
     device.answerLikeController();
     MessageBoxAnswerer boxes;
@@ -285,29 +304,32 @@ void TestReadBack::ioValueOutsideListKeepsReadWaiting()
     connectAll(form, {&device}, boxes);
     device.reply(QStringLiteral("RRES"), QStringLiteral("RESO017"));
     QList<int> seen; // the step, the button, the list; then the step after a later reply
-    pauseThen(form, [&] { return !device.lines().isEmpty(); }, 200, [&] {
-        seen << form.w.wait_io << find<QPushButton>(form, QStringLiteral("btn_io_rst(0)"))->isEnabled()
-             << form.ui.cbo_reso->currentIndex();
-        device.push("OSDH003\r\n");
-        pauseThen(form, [] { return true; }, 100, [&] {
-            seen << form.w.wait_io;
-            form.close();
+    pauseThen(
+        form, [&] { return !device.lines().isEmpty(); }, 200,
+        [&] {
+            seen << form.w.wait_io
+                 << find<QPushButton>(form, QStringLiteral("btn_io_rst(0)"))->isEnabled()
+                 << form.ui.cbo_reso->currentIndex();
+            device.push("OSDH003\r\n");
+            pauseThen(
+                form, [] { return true; }, 100,
+                [&] {
+                    seen << form.w.wait_io;
+                    form.close();
+                });
         });
-    });
     driver::click(find<QPushButton>(form, QStringLiteral("btn_io_rst(0)")));
     QCOMPARE(device.lines(), QStringList{"RRES"});
     QCOMPARE(seen, (QList<int>{1, false, 6, 1}));
 }
 
-void TestReadBack::osdResetAnswerChoosesTargets_data()
-{
+void TestReadBack::osdResetAnswerChoosesTargets_data() {
     QTest::addColumn<bool>("yes");
     QTest::newRow("Yes: every listed controller") << true;
     QTest::newRow("No: the selected one") << false;
 }
 
-void TestReadBack::osdResetAnswerChoosesTargets()
-{
+void TestReadBack::osdResetAnswerChoosesTargets() {
     QFETCH(bool, yes);
     FakeController first(QStringLiteral("127.12.10.1"));
     FakeController second(QStringLiteral("127.12.10.2"));
@@ -321,14 +343,16 @@ void TestReadBack::osdResetAnswerChoosesTargets()
     QTRY_COMPARE(third.connectionCount(), 1);
     boxes.answerWith(yes ? QMessageBox::Yes : QMessageBox::No);
     QList<int> shown; // the defaults, before the controller answers
-    pauseThen(form, [&] { return !first.lines().isEmpty(); }, 100, [&] {
-        shown << form.w.wait_osd_reset;
-        for (QComboBox* list : {form.ui.cbo_reso, form.ui.cbo_info_play, form.ui.cbo_osd_time,
-                                form.ui.cbo_osd[0], form.ui.cbo_osd[1], form.ui.cbo_osd_gain})
-            shown << list->currentIndex();
-        shown << find<QRadioButton>(form, QStringLiteral("opt_mute(0)"))->isChecked();
-        first.push("OSDR\r\n");
-    });
+    pauseThen(
+        form, [&] { return !first.lines().isEmpty(); }, 100,
+        [&] {
+            shown << form.w.wait_osd_reset;
+            for (QComboBox* list : {form.ui.cbo_reso, form.ui.cbo_info_play, form.ui.cbo_osd_time,
+                                    form.ui.cbo_osd[0], form.ui.cbo_osd[1], form.ui.cbo_osd_gain})
+                shown << list->currentIndex();
+            shown << find<QRadioButton>(form, QStringLiteral("opt_mute(0)"))->isChecked();
+            first.push("OSDR\r\n");
+        });
     driver::click(find<QPushButton>(form, QStringLiteral("btn_io_rst(1)")));
     QCOMPARE(shown, (QList<int>{1, 6, 0, 0, 5, 5, 2, true}));
     QCOMPARE(form.w.wait_osd_reset, quint8(0));
@@ -342,8 +366,7 @@ void TestReadBack::osdResetAnswerChoosesTargets()
     QCOMPARE(boxes.seen().first().buttons, QMessageBox::Yes | QMessageBox::No);
 }
 
-void TestReadBack::bezelSendWaitsForEachAcknowledgement()
-{
+void TestReadBack::bezelSendWaitsForEachAcknowledgement() {
     FakeController device(QStringLiteral("127.12.11.1"));
     device.answerLikeController();
     device.reply(QStringLiteral("SCBH"), QStringLiteral("CBHC002")); // the wrong output first
@@ -357,15 +380,18 @@ void TestReadBack::bezelSendWaitsForEachAcknowledgement()
         form.ui.cbo_val_V[n]->setCurrentIndex(values[n + 3]);
     }
     int stepWhileWaiting = -1;
-    pauseThen(form, [&] { return !device.lines().isEmpty(); }, 200, [&] {
-        stepWhileWaiting = form.w.wait_bezel_set;
-        device.reply(QStringLiteral("SCBH"), acknowledgeBezel);
-        device.push("CBHC001\r\n");
-    });
+    pauseThen(
+        form, [&] { return !device.lines().isEmpty(); }, 200,
+        [&] {
+            stepWhileWaiting = form.w.wait_bezel_set;
+            device.reply(QStringLiteral("SCBH"), acknowledgeBezel);
+            device.push("CBHC001\r\n");
+        });
     driver::click(form.ui.btn_H_Bezel_send);
     QCOMPARE(stepWhileWaiting, 1);
-    QCOMPARE(device.lines(), (QStringList{"SCBH 1 0", "SCBH 2 5", "SCBH 3 255", "SCBH 4 10", "SCBV 1 20",
-                                          "SCBV 2 30", "SCBV 3 40", "SCBV 4 7", "RBEZ"}));
+    QCOMPARE(device.lines(),
+             (QStringList{"SCBH 1 0", "SCBH 2 5", "SCBH 3 255", "SCBH 4 10", "SCBV 1 20",
+                          "SCBV 2 30", "SCBV 3 40", "SCBV 4 7", "RBEZ"}));
     QCOMPARE(form.w.wait_status, quint8(0));
     device.clear();
     driver::click(form.ui.btn_V_Bezel_send);
@@ -373,15 +399,17 @@ void TestReadBack::bezelSendWaitsForEachAcknowledgement()
     QVERIFY(device.lines().isEmpty());
 }
 
-void TestReadBack::bezelRefreshReadsLongLayout()
-{
+void TestReadBack::bezelRefreshReadsLongLayout() {
     FakeController device(QStringLiteral("127.12.12.1"));
     device.answerLikeController();
     auto value = [](const QString& line) {
         const bool h = line.startsWith(QLatin1String("RCBH"));
         const int n = line.section(u' ', 1, 1).toInt();
-        return QStringLiteral("%1%2  %1%3").arg(QLatin1String(h ? "CBHV" : "CBVV")).arg(n)
-            .arg(h ? n * 7 : 250 + n, 3, 10, QLatin1Char('0')).toLatin1();
+        return QStringLiteral("%1%2  %1%3")
+            .arg(QLatin1String(h ? "CBHV" : "CBVV"))
+            .arg(n)
+            .arg(h ? n * 7 : 250 + n, 3, 10, QLatin1Char('0'))
+            .toLatin1();
     };
     device.reply(QStringLiteral("RCBH"), value);
     device.reply(QStringLiteral("RCBV"), value);
@@ -396,8 +424,7 @@ void TestReadBack::bezelRefreshReadsLongLayout()
     }
 }
 
-void TestReadBack::bezelResetShowsDefaultsAtOnce()
-{
+void TestReadBack::bezelResetShowsDefaultsAtOnce() {
     FakeController device(QStringLiteral("127.12.13.1"));
     device.answerLikeController();
     device.silence(QStringLiteral("SWDE"));
@@ -410,21 +437,23 @@ void TestReadBack::bezelResetShowsDefaultsAtOnce()
         form.ui.cbo_val_V[n]->setCurrentIndex(-1);
     }
     QStringList shown;
-    driver::when(&form, [&] { return !device.lines().isEmpty(); }, [&] {
-        for (int n = 1; n <= 4; ++n)
-            shown << form.ui.cbo_val_H[n]->currentText() << form.ui.cbo_val_V[n]->currentText();
-        device.push("WDEF\r\n");
-    });
+    driver::when(
+        &form, [&] { return !device.lines().isEmpty(); },
+        [&] {
+            for (int n = 1; n <= 4; ++n)
+                shown << form.ui.cbo_val_H[n]->currentText() << form.ui.cbo_val_V[n]->currentText();
+            device.push("WDEF\r\n");
+        });
     driver::click(form.ui.btn_panomat_reset);
     QCOMPARE(shown, QStringList(8, QStringLiteral(" 10")));
     QVERIFY(find<QRadioButton>(form, QStringLiteral("opt_ch4_bypass(0)"))->isChecked());
     QCOMPARE(form.w.wait_status + form.w.wait_wall_default, 0);
     QTest::qWait(100);
-    QCOMPARE(device.lines(), (QStringList{"SWDE", "RBY"})); // the option set by the read sends nothing
+    QCOMPARE(device.lines(),
+             (QStringList{"SWDE", "RBY"})); // the option set by the read sends nothing
 }
 
-void TestReadBack::bezelSendRefusedWhileRefreshRuns()
-{
+void TestReadBack::bezelSendRefusedWhileRefreshRuns() {
     FakeController device(QStringLiteral("127.12.14.1"));
     device.answerLikeController();
     MessageBoxAnswerer boxes;
@@ -432,14 +461,18 @@ void TestReadBack::bezelSendRefusedWhileRefreshRuns()
     connectAll(form, {&device}, boxes);
     device.silence(QStringLiteral("RCBH"));
     QStringList sentAfterSend;
-    driver::when(&form, [&] { return !device.lines().isEmpty(); }, [&] {
-        form.ui.btn_H_Bezel_send->click();
-        pauseThen(form, [] { return true; }, 200, [&] {
-            sentAfterSend = device.lines();
-            device.speak(QStringLiteral("RCBH"));
-            device.push("CBHV1  CBHV005\r\n");
+    driver::when(
+        &form, [&] { return !device.lines().isEmpty(); },
+        [&] {
+            form.ui.btn_H_Bezel_send->click();
+            pauseThen(
+                form, [] { return true; }, 200,
+                [&] {
+                    sentAfterSend = device.lines();
+                    device.speak(QStringLiteral("RCBH"));
+                    device.push("CBHV1  CBHV005\r\n");
+                });
         });
-    });
     driver::click(form.ui.btn_panomat_refresh);
     QCOMPARE(sentAfterSend, QStringList{"RCBH 1"});
     QVERIFY(boxes.texts().isEmpty());
@@ -447,8 +480,7 @@ void TestReadBack::bezelSendRefusedWhileRefreshRuns()
     QCOMPARE(device.lines().size(), 8);
 }
 
-void TestReadBack::bezelOnOffSwitch()
-{
+void TestReadBack::bezelOnOffSwitch() {
     FakeController first(QStringLiteral("127.12.15.1"));
     FakeController second(QStringLiteral("127.12.15.2"));
     first.answerLikeController();
@@ -467,8 +499,7 @@ void TestReadBack::bezelOnOffSwitch()
     QCOMPARE(first.lines().size(), 2);
 }
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(argc, argv);
     TestReadBack test;

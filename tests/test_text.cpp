@@ -19,8 +19,7 @@ private slots:
     void addressLine();
 };
 
-void TestText::mid_data()
-{
+void TestText::mid_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("start");
     QTest::addColumn<int>("length");
@@ -32,8 +31,7 @@ void TestText::mid_data()
     QTest::newRow("long key") << "CBHV1  CBHV007" << 8 << 4 << "CBHV";
 }
 
-void TestText::mid()
-{
+void TestText::mid() {
     QFETCH(QString, text);
     QFETCH(int, start);
     QFETCH(int, length);
@@ -41,8 +39,7 @@ void TestText::mid()
     QCOMPARE(legacy::mid(text, start, length), expected);
 }
 
-void TestText::val_data()
-{
+void TestText::val_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<double>("expected");
     QTest::newRow("zeros") << "006" << 6.0;
@@ -56,15 +53,13 @@ void TestText::val_data()
     QTest::newRow("dangling exponent") << "3e" << 3.0;
 }
 
-void TestText::val()
-{
+void TestText::val() {
     QFETCH(QString, text);
     QFETCH(double, expected);
     QCOMPARE(legacy::val(text), expected);
 }
 
-void TestText::isNumeric_data()
-{
+void TestText::isNumeric_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("expected");
     QTest::newRow("digits") << "12" << true;
@@ -78,15 +73,13 @@ void TestText::isNumeric_data()
     QTest::newRow("blank inside") << "1 2" << false;
 }
 
-void TestText::isNumeric()
-{
+void TestText::isNumeric() {
     QFETCH(QString, text);
     QFETCH(bool, expected);
     QCOMPARE(legacy::isNumeric(text), expected);
 }
 
-void TestText::toByte_data()
-{
+void TestText::toByte_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("expected"); // -1: refused
     QTest::newRow("plain") << "7" << 7;
@@ -99,16 +92,14 @@ void TestText::toByte_data()
     QTest::newRow("text") << "abc" << -1;
 }
 
-void TestText::toByte()
-{
+void TestText::toByte() {
     QFETCH(QString, text);
     QFETCH(int, expected);
     const std::optional<quint8> byte = legacy::toByte(text);
     QCOMPARE(byte ? int(*byte) : -1, expected);
 }
 
-void TestText::numberTexts()
-{
+void TestText::numberTexts() {
     QCOMPARE(legacy::signedText(0), QStringLiteral(" 0"));
     QCOMPARE(legacy::signedText(255), QStringLiteral(" 255"));
     QCOMPARE(legacy::signedText(-3), QStringLiteral("-3"));
@@ -116,8 +107,7 @@ void TestText::numberTexts()
     QCOMPARE(legacy::plainText(-1), QStringLiteral("-1"));
 }
 
-void TestText::addressLine_data()
-{
+void TestText::addressLine_data() {
     QTest::addColumn<QString>("line");
     QTest::addColumn<int>("index");
     QTest::addColumn<QString>("expected");
@@ -131,8 +121,7 @@ void TestText::addressLine_data()
     QTest::newRow("not numbers") << "abc.def.ghi.jkl" << 0 << "0.0.0.0";
 }
 
-void TestText::addressLine()
-{
+void TestText::addressLine() {
     QFETCH(QString, line);
     QFETCH(int, index);
     QFETCH(QString, expected);

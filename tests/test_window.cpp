@@ -32,20 +32,19 @@ private slots:
     void closingEndsRunningWait();
 
 private:
-    static QColor buttonColour(Form1& form, const char* name)
-    {
+    static QColor buttonColour(Form1& form, const char* name) {
         return find<QPushButton>(form, QLatin1String(name))->palette().color(QPalette::Button);
     }
 };
 
-void TestWindow::startupState()
-{
+void TestWindow::startupState() {
     Form1 form;
     QCOMPARE(form.windowTitle(), QStringLiteral("Panomat Set v1.10"));
     QVERIFY(!form.at_startup); // start-up ran SetOffline once
     QVERIFY(!form.is_connected);
     QVERIFY(!form.search_done);
-    for (const char* frame : {"net_config", "con_interface", "frame_control(0)", "frame_control(5)"})
+    for (const char* frame :
+         {"net_config", "con_interface", "frame_control(0)", "frame_control(5)"})
         QVERIFY2(!find<QGroupBox>(form, QLatin1String(frame))->isEnabled(), frame);
     QVERIFY(find<QGroupBox>(form, QStringLiteral("sys_setting"))->isEnabled());
     for (const char* control : {"power_ctl(0)", "btn_sys_fac_rst", "btn_sys_refresh"})
@@ -63,8 +62,7 @@ void TestWindow::startupState()
     QCOMPARE(find<QLabel>(form, QStringLiteral("value_posi(3)"))->text(), QStringLiteral("Value"));
 }
 
-void TestWindow::startupLists()
-{
+void TestWindow::startupLists() {
     Form1 form;
     struct Expected {
         const char* name;
@@ -74,12 +72,12 @@ void TestWindow::startupLists()
         const char* text; // shown before anything is chosen
     };
     const Expected lists[] = {
-        {"cbo_val_H(1)", 256, " 0", " 255", ""},  {"cbo_val_V(4)", 256, " 0", " 255", ""},
-        {"cbo_tv_row", 15, " 1", " 15", "1~15"},   {"cbo_tv_posi", 0, "", "", "1~MxN"},
-        {"cbo_tv_ch", 4, "Out A", "Out D", ""},    {"cbo_ip_type", 2, "DHCP", "STATIC", ""},
-        {"cbo_info_play", 2, "OFF", "ON", ""},     {"cbo_reso", 17, "720p50", "Native", ""},
+        {"cbo_val_H(1)", 256, " 0", " 255", ""},        {"cbo_val_V(4)", 256, " 0", " 255", ""},
+        {"cbo_tv_row", 15, " 1", " 15", "1~15"},        {"cbo_tv_posi", 0, "", "", "1~MxN"},
+        {"cbo_tv_ch", 4, "Out A", "Out D", ""},         {"cbo_ip_type", 2, "DHCP", "STATIC", ""},
+        {"cbo_info_play", 2, "OFF", "ON", ""},          {"cbo_reso", 17, "720p50", "Native", ""},
         {"cbo_image_hue(4)", 101, "0", "100", "0~100"}, {"cbo_osd(1)", 21, "0", "20", "0~20"},
-        {"cbo_osd_gain", 11, "0", "10", "0~10"},   {"cbo_osd_time", 49, "2", "50", ""}};
+        {"cbo_osd_gain", 11, "0", "10", "0~10"},        {"cbo_osd_time", 49, "2", "50", ""}};
     for (const Expected& e : lists) {
         auto* box = find<QComboBox>(form, QLatin1String(e.name));
         QCOMPARE(box->count(), e.count);
@@ -88,26 +86,33 @@ void TestWindow::startupLists()
         QCOMPARE(box->currentIndex(), -1);
         QCOMPARE(box->currentText(), QLatin1String(e.text));
     }
-    QCOMPARE(find<QComboBox>(form, QStringLiteral("cbo_reso"))->itemText(6), QStringLiteral("1080p60"));
-    QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_tv_fs(23)"))->text(), QStringLiteral("6x3"));
-    QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_recall(5)"))->text(), QStringLiteral("FAV 5"));
+    QCOMPARE(find<QComboBox>(form, QStringLiteral("cbo_reso"))->itemText(6),
+             QStringLiteral("1080p60"));
+    QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_tv_fs(23)"))->text(),
+             QStringLiteral("6x3"));
+    QCOMPARE(find<QPushButton>(form, QStringLiteral("btn_recall(5)"))->text(),
+             QStringLiteral("FAV 5"));
 }
 
-void TestWindow::pageSelectors_data()
-{
+void TestWindow::pageSelectors_data() {
     QTest::addColumn<QString>("selector");
     QTest::addColumn<QString>("caption");
     QTest::addColumn<int>("page");
-    QTest::newRow("opt_tv1") << "opt_tv1" << "Panomat (1)" << 0;
-    QTest::newRow("opt_tv2") << "opt_tv2" << "Panomat (2)" << 1;
-    QTest::newRow("opt_io") << "opt_io" << "I/O Setup" << 2;
-    QTest::newRow("opt_image") << "opt_image" << "Image Adjust" << 3;
-    QTest::newRow("opt_tv3 is captioned (4)") << "opt_tv3" << "Panomat (4)" << 4;
-    QTest::newRow("opt_tv4 is captioned (3)") << "opt_tv4" << "Panomat (3)" << 5;
+    QTest::newRow("opt_tv1") << "opt_tv1"
+                             << "Panomat (1)" << 0;
+    QTest::newRow("opt_tv2") << "opt_tv2"
+                             << "Panomat (2)" << 1;
+    QTest::newRow("opt_io") << "opt_io"
+                            << "I/O Setup" << 2;
+    QTest::newRow("opt_image") << "opt_image"
+                               << "Image Adjust" << 3;
+    QTest::newRow("opt_tv3 is captioned (4)") << "opt_tv3"
+                                              << "Panomat (4)" << 4;
+    QTest::newRow("opt_tv4 is captioned (3)") << "opt_tv4"
+                                              << "Panomat (3)" << 5;
 }
 
-void TestWindow::pageSelectors()
-{
+void TestWindow::pageSelectors() {
     QFETCH(QString, selector);
     QFETCH(QString, caption);
     QFETCH(int, page);
@@ -121,11 +126,11 @@ void TestWindow::pageSelectors()
         QCOMPARE(frame->isVisible(), i == page);
         QVERIFY(!frame->isEnabled()); // shown but not usable while not connected
     }
-    QCOMPARE(find<QGroupBox>(form, QStringLiteral("frame_control(%1)").arg(page))->pos(), QPoint(128, 208));
+    QCOMPARE(find<QGroupBox>(form, QStringLiteral("frame_control(%1)").arg(page))->pos(),
+             QPoint(128, 208));
 }
 
-void TestWindow::connectSendsOsdInfoAndEnables()
-{
+void TestWindow::connectSendsOsdInfoAndEnables() {
     FakeController device(QStringLiteral("127.10.1.1"));
     device.answerLikeController();
     MessageBoxAnswerer boxes;
@@ -135,8 +140,9 @@ void TestWindow::connectSendsOsdInfoAndEnables()
     QVERIFY(form.is_connected);
     QCOMPARE(buttonColour(form, "btn_con"), QColor(0, 255, 0));
     QVERIFY(buttonColour(form, "btn_discon") != QColor(255, 0, 0));
-    for (const char* control : {"net_config", "frame_control(0)", "frame_control(5)", "power_ctl(0)",
-                                "btn_sys_fac_rst", "btn_sys_refresh", "Check1(0)", "Check1(1)"})
+    for (const char* control :
+         {"net_config", "frame_control(0)", "frame_control(5)", "power_ctl(0)", "btn_sys_fac_rst",
+          "btn_sys_refresh", "Check1(0)", "Check1(1)"})
         QVERIFY2(find<QWidget>(form, QLatin1String(control))->isEnabled(), control);
     QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
 
@@ -147,8 +153,7 @@ void TestWindow::connectSendsOsdInfoAndEnables()
     QVERIFY(!find<QGroupBox>(form, QStringLiteral("frame_control(1)"))->isEnabled());
 }
 
-void TestWindow::connectFailsAfterPassLimit()
-{
+void TestWindow::connectFailsAfterPassLimit() {
     MessageBoxAnswerer boxes;
     Form1 form;
     driver::listDevices(form, {QStringLiteral("127.10.2.1")}); // nothing listens there
@@ -161,8 +166,7 @@ void TestWindow::connectFailsAfterPassLimit()
     QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
 }
 
-void TestWindow::connectWithoutSelection()
-{
+void TestWindow::connectWithoutSelection() {
     FakeController device(QStringLiteral("127.10.3.1"));
     MessageBoxAnswerer boxes;
     Form1 form;
@@ -176,8 +180,7 @@ void TestWindow::connectWithoutSelection()
     QTRY_COMPARE(device.acceptedCount(), 1); // every listed device is connected all the same
 }
 
-void TestWindow::guardGoesOfflineWhenDeviceDrops()
-{
+void TestWindow::guardGoesOfflineWhenDeviceDrops() {
     FakeController device(QStringLiteral("127.10.4.1"));
     device.answerLikeController();
     MessageBoxAnswerer boxes;
@@ -193,8 +196,7 @@ void TestWindow::guardGoesOfflineWhenDeviceDrops()
     QVERIFY(!find<QGroupBox>(form, QStringLiteral("net_config"))->isEnabled());
 }
 
-void TestWindow::selectionReconnectsOnlyThatDevice()
-{
+void TestWindow::selectionReconnectsOnlyThatDevice() {
     FakeController first(QStringLiteral("127.10.5.1"));
     FakeController second(QStringLiteral("127.10.5.2"));
     first.answerLikeController();
@@ -211,8 +213,7 @@ void TestWindow::selectionReconnectsOnlyThatDevice()
     QVERIFY(form.is_connected);
 }
 
-void TestWindow::tenDevicesConnect()
-{
+void TestWindow::tenDevicesConnect() {
     std::vector<std::unique_ptr<FakeController>> devices;
     QStringList addresses;
     for (int i = 1; i <= 10; ++i) {
@@ -237,8 +238,7 @@ void TestWindow::tenDevicesConnect()
     QTRY_VERIFY(devices[9]->lines().contains(QStringLiteral("SOSDI")));
 }
 
-void TestWindow::textInfoShowsLatestChunkOfSelectedSocket()
-{
+void TestWindow::textInfoShowsLatestChunkOfSelectedSocket() {
     FakeController selected(QStringLiteral("127.10.8.1"));
     FakeController other(QStringLiteral("127.10.8.2"));
     selected.answerLikeController();
@@ -257,14 +257,16 @@ void TestWindow::textInfoShowsLatestChunkOfSelectedSocket()
     QTRY_COMPARE(info->text(), QString());
 }
 
-void TestWindow::closingEndsRunningWait()
-{
+void TestWindow::closingEndsRunningWait() {
     Form1 form;
     form.show();
     bool closedDuringWait = false;
     bool result = true;
     QTimer::singleShot(0, &form, [&] {
-        QTimer::singleShot(50, &form, [&] { closedDuringWait = true; form.close(); });
+        QTimer::singleShot(50, &form, [&] {
+            closedDuringWait = true;
+            form.close();
+        });
         form.w.wait_wall = 1;
         result = form.waitFor(form.w.wait_wall, 2); // no reply ever comes
     });
@@ -273,8 +275,7 @@ void TestWindow::closingEndsRunningWait()
     QVERIFY(form.pump.cancelled());
 }
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(argc, argv);
     TestWindow test;

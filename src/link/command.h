@@ -7,12 +7,14 @@
 // plain decimal; text arguments (typed values, dotted addresses) exactly as given.
 namespace command {
 
-inline QString argText(int value) { return QString::number(value); }
-inline QString argText(const QString& text) { return text; }
+inline QString argText(int value) {
+    return QString::number(value);
+}
+inline QString argText(const QString& text) {
+    return text;
+}
 
-template <typename... Args>
-QByteArray line(const QString& keyword, const Args&... args)
-{
+template <typename... Args> QByteArray line(const QString& keyword, const Args&... args) {
     QString text = keyword;
     ((text += u' ' + argText(args)), ...);
     text += QLatin1String("\r\n");

@@ -6,15 +6,13 @@ DeviceLink::DeviceLink(QObject* parent) : QObject(parent) {}
 
 DeviceLink::~DeviceLink() = default;
 
-QTcpSocket* DeviceLink::socket(int index) const
-{
+QTcpSocket* DeviceLink::socket(int index) const {
     if (index < 0 || index >= static_cast<int>(sockets_.size()))
         return nullptr;
     return sockets_[static_cast<size_t>(index)];
 }
 
-void DeviceLink::connectTo(int index, const QString& host)
-{
+void DeviceLink::connectTo(int index, const QString& host) {
     if (index < 0)
         return;
     while (static_cast<int>(sockets_.size()) <= index) {
@@ -28,26 +26,22 @@ void DeviceLink::connectTo(int index, const QString& host)
     s->connectToHost(host, ControllerPort);
 }
 
-void DeviceLink::close(int index)
-{
+void DeviceLink::close(int index) {
     if (QTcpSocket* s = socket(index))
         s->abort();
 }
 
-bool DeviceLink::isConnected(int index) const
-{
+bool DeviceLink::isConnected(int index) const {
     const QTcpSocket* s = socket(index);
     return s && s->state() == QAbstractSocket::ConnectedState;
 }
 
-void DeviceLink::write(int index, const QByteArray& line)
-{
+void DeviceLink::write(int index, const QByteArray& line) {
     if (isConnected(index))
         socket(index)->write(line);
 }
 
-QString DeviceLink::readAll(int index)
-{
+QString DeviceLink::readAll(int index) {
     QTcpSocket* s = socket(index);
     return s ? QString::fromLatin1(s->readAll()) : QString();
 }

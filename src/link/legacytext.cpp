@@ -4,8 +4,7 @@
 
 namespace legacy {
 
-QString mid(const QString& text, int start, int length)
-{
+QString mid(const QString& text, int start, int length) {
     if (start < 1 || length <= 0 || start > text.size())
         return {};
     return text.mid(start - 1, length);
@@ -13,12 +12,13 @@ QString mid(const QString& text, int start, int length)
 
 namespace {
 
-bool isSkipped(QChar c) { return c == u' ' || c == u'\t' || c == u'\n'; }
+bool isSkipped(QChar c) {
+    return c == u' ' || c == u'\t' || c == u'\n';
+}
 
 } // namespace
 
-double val(const QString& text)
-{
+double val(const QString& text) {
     QString number;
     bool digits = false, point = false, exponent = false, exponentSign = false;
     for (QChar c : text) {
@@ -37,8 +37,7 @@ double val(const QString& text)
         } else if ((c == u'e' || c == u'E' || c == u'd' || c == u'D') && digits && !exponent) {
             number += u'e';
             exponent = true;
-        } else if ((c == u'+' || c == u'-') && exponent && !exponentSign &&
-                   number.endsWith(u'e')) {
+        } else if ((c == u'+' || c == u'-') && exponent && !exponentSign && number.endsWith(u'e')) {
             number += c;
             exponentSign = true;
         } else {
@@ -52,8 +51,7 @@ double val(const QString& text)
     return number.toDouble();
 }
 
-bool isNumeric(const QString& text)
-{
+bool isNumeric(const QString& text) {
     const QString t = text.trimmed();
     int i = 0;
     if (i < t.size() && (t[i] == u'+' || t[i] == u'-'))
@@ -70,13 +68,11 @@ bool isNumeric(const QString& text)
     return digits;
 }
 
-long roundHalfEven(double value)
-{
+long roundHalfEven(double value) {
     return static_cast<long>(std::nearbyint(value)); // default rounding mode: to even
 }
 
-std::optional<quint8> toByte(const QString& text)
-{
+std::optional<quint8> toByte(const QString& text) {
     if (!isNumeric(text))
         return std::nullopt;
     const long rounded = roundHalfEven(text.trimmed().toDouble());
@@ -85,11 +81,12 @@ std::optional<quint8> toByte(const QString& text)
     return static_cast<quint8>(rounded);
 }
 
-QString signedText(long number)
-{
+QString signedText(long number) {
     return number < 0 ? QString::number(number) : u' ' + QString::number(number);
 }
 
-QString plainText(long number) { return QString::number(number); }
+QString plainText(long number) {
+    return QString::number(number);
+}
 
 } // namespace legacy

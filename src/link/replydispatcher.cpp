@@ -4,18 +4,15 @@
 
 ReplyDispatcher::ReplyDispatcher(DeviceLink& link, std::function<int()> selectedIndex,
                                  QObject* parent)
-    : QObject(parent), link_(link), selectedIndex_(std::move(selectedIndex))
-{
+    : QObject(parent), link_(link), selectedIndex_(std::move(selectedIndex)) {
     connect(&link_, &DeviceLink::dataArrived, this, &ReplyDispatcher::onDataArrived);
 }
 
-void ReplyDispatcher::plug(ReplySlot slot, Handler handler)
-{
+void ReplyDispatcher::plug(ReplySlot slot, Handler handler) {
     handlers_[static_cast<size_t>(slot)] = std::move(handler);
 }
 
-void ReplyDispatcher::onDataArrived()
-{
+void ReplyDispatcher::onDataArrived() {
     const QString chunk = link_.readAll(selectedIndex_());
     emit chunkReceived(chunk);
     for (const Handler& handler : handlers_) {

@@ -9,19 +9,18 @@
 #include <QPushButton>
 #include <QRadioButton>
 
-IoSetup::IoSetup(Session& session) : s_(session)
-{
+IoSetup::IoSetup(Session& session) : s_(session) {
     for (int i = 0; i < 3; ++i) {
         QPushButton* button = s_.ui.btn_io_rst[i];
         QObject::connect(button, &QPushButton::clicked, button, [this, i] { btn_io_rst_Click(i); });
     }
 }
 
-void IoSetup::ReadIoSetup()
-{
+void IoSetup::ReadIoSetup() {
     if (!s_.guard())
         return;
-    static const char* const reads[] = {"RRES", "ROSDD", "ROSDT", "ROSDH", "ROSDV", "ROSDG", "RMUTE"};
+    static const char* const reads[] = {"RRES",  "ROSDD", "ROSDT", "ROSDH",
+                                        "ROSDV", "ROSDG", "RMUTE"};
     s_.ui.btn_io_rst[0]->setEnabled(false);
     s_.w.wait_io = 1;
     for (int step = 1; step <= 7; ++step) {
@@ -36,8 +35,7 @@ void IoSetup::ReadIoSetup()
 // Each list set here raises its Click; the setters stay silent while wait_io is busy.
 // A value outside a list ends the handler before the step advances, so the read keeps
 // waiting for a reply that has already come.
-void IoSetup::HandleIoSetupReply(const QString& reply)
-{
+void IoSetup::HandleIoSetupReply(const QString& reply) {
     const QString key = reply::key(reply);
     const QString text = reply::value(reply);
     const int value = legacy::roundHalfEven(legacy::val(text));
@@ -48,9 +46,9 @@ void IoSetup::HandleIoSetupReply(const QString& reply)
         QComboBox* list;
         int offset; // the timeout list starts at 2
     };
-    const ListStep lists[] = {{"RESO", ui.cbo_reso, 0},   {"OSDD", ui.cbo_info_play, 0},
+    const ListStep lists[] = {{"RESO", ui.cbo_reso, 0},     {"OSDD", ui.cbo_info_play, 0},
                               {"OSDT", ui.cbo_osd_time, 2}, {"OSDH", ui.cbo_osd[0], 0},
-                              {"OSDV", ui.cbo_osd[1], 0}, {"OSDG", ui.cbo_osd_gain, 0}};
+                              {"OSDV", ui.cbo_osd[1], 0},   {"OSDG", ui.cbo_osd_gain, 0}};
     for (int i = 0; i < 6; ++i) {
         if (key == QLatin1String(lists[i].key) && step == i + 1) {
             if (!events::setListIndex(lists[i].list, value - lists[i].offset))
@@ -65,14 +63,12 @@ void IoSetup::HandleIoSetupReply(const QString& reply)
     }
 }
 
-void IoSetup::HandleOsdResetReply(const QString& reply)
-{
+void IoSetup::HandleOsdResetReply(const QString& reply) {
     if (reply::key(reply) == QLatin1String("OSDR") && s_.w.wait_osd_reset == 1)
         s_.w.wait_osd_reset = 2;
 }
 
-void IoSetup::btn_io_rst_Click(int index)
-{
+void IoSetup::btn_io_rst_Click(int index) {
     if (!s_.guard())
         return;
     switch (index) {
@@ -90,8 +86,7 @@ void IoSetup::btn_io_rst_Click(int index)
 
 // The answer picks who gets the reset; the page shows the defaults either way, and
 // only the selected controller's acknowledgement ends the wait.
-void IoSetup::resetOsd()
-{
+void IoSetup::resetOsd() {
     const bool everyDevice = s_.askYes(QStringLiteral("Reset All IP ?"));
     if (s_.pump.cancelled())
         return;
@@ -103,8 +98,7 @@ void IoSetup::resetOsd()
     s_.w.wait_osd_reset = 0;
 }
 
-void IoSetup::showDefaults()
-{
+void IoSetup::showDefaults() {
     Controls& ui = s_.ui;
     events::setListIndex(ui.cbo_reso, 6); // 1080p60
     events::setListIndex(ui.cbo_info_play, 0);

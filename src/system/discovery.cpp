@@ -27,14 +27,12 @@ const QString IpFile = QStringLiteral("IP.txt");
 constexpr int MacLength = 17;
 constexpr int AddressField = 15;
 
-QString besideTool(const QString& name)
-{
+QString besideTool(const QString& name) {
     return QDir(QCoreApplication::applicationDirPath()).filePath(name);
 }
 
 // All lines of a text file, or nothing when it cannot be opened.
-std::optional<QStringList> readLines(const QString& path)
-{
+std::optional<QStringList> readLines(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return std::nullopt;
@@ -48,8 +46,7 @@ std::optional<QStringList> readLines(const QString& path)
 
 } // namespace
 
-QString addressFromLine(const QString& line, int index)
-{
+QString addressFromLine(const QString& line, int index) {
     QStringList octets;
     for (int offset : {1, 5, 9, 13}) {
         const QString field = legacy::mid(line, AddressField * index + offset, 3);
@@ -58,20 +55,19 @@ QString addressFromLine(const QString& line, int index)
     return octets.join(u'.');
 }
 
-DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session)
-{
+DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session) {
     QObject::connect(s_.ui.btn_sys_search, &QPushButton::clicked, s_.ui.btn_sys_search,
                      [this] { btn_sys_search_Click(); });
 }
 
-void DeviceDiscovery::btn_sys_search_Click()
-{
+void DeviceDiscovery::btn_sys_search_Click() {
     if (running_)
         return; // one search at a time
     const QString program = besideTool(SearchProgram);
     if (!QFileInfo(program).isFile()) {
         s_.exclamation(QStringLiteral("Cannot find %1 in %2 !")
-                           .arg(SearchProgram, QDir::toNativeSeparators(QCoreApplication::applicationDirPath())));
+                           .arg(SearchProgram,
+                                QDir::toNativeSeparators(QCoreApplication::applicationDirPath())));
         return;
     }
     s_.SetOffline();
@@ -94,7 +90,9 @@ void DeviceDiscovery::btn_sys_search_Click()
         macs << line.left(MacLength);
     if (macs.size() > MaxDevices) {
         s_.exclamation(QStringLiteral("%1 lists %2 devices; only the first %3 are shown !")
-                           .arg(MacFile).arg(macs.size()).arg(MaxDevices));
+                           .arg(MacFile)
+                           .arg(macs.size())
+                           .arg(MaxDevices));
         macs = macs.mid(0, MaxDevices);
     }
     s_.ui.cbo_ipaddr->addItems(macs);
@@ -119,8 +117,7 @@ void DeviceDiscovery::btn_sys_search_Click()
 
 // Runs the search program and waits for it to end, the window staying live. False
 // when it could not be started or the window is closing.
-bool DeviceDiscovery::runSearchProgram()
-{
+bool DeviceDiscovery::runSearchProgram() {
     QProcess tool;
     tool.setProgram(besideTool(SearchProgram));
     tool.setWorkingDirectory(QCoreApplication::applicationDirPath());
@@ -133,14 +130,14 @@ bool DeviceDiscovery::runSearchProgram()
 #endif
     tool.start();
     if (!tool.waitForStarted(-1) && tool.error() == QProcess::FailedToStart) {
-        s_.exclamation(QStringLiteral("Cannot start %1: %2").arg(SearchProgram, tool.errorString()));
+        s_.exclamation(
+            QStringLiteral("Cannot start %1: %2").arg(SearchProgram, tool.errorString()));
         return false;
     }
     return s_.pump.until([&] { return tool.state() == QProcess::NotRunning; });
 }
 
-void DeviceDiscovery::FillModelList()
-{
+void DeviceDiscovery::FillModelList() {
     s_.ui.cbo_model->clear();
     for (int i = 0; i < s_.deviceCount(); ++i)
         s_.ui.cbo_model->addItem(legacy::signedText(i));

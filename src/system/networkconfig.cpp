@@ -9,18 +9,18 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-NetworkConfig::NetworkConfig(Session& session) : s_(session)
-{
+NetworkConfig::NetworkConfig(Session& session) : s_(session) {
     Controls& ui = s_.ui;
-    QObject::connect(ui.btn_ip_get, &QPushButton::clicked, ui.btn_ip_get, [this] { btn_ip_get_Click(); });
-    QObject::connect(ui.btn_ip_set, &QPushButton::clicked, ui.btn_ip_set, [this] { btn_ip_set_Click(); });
+    QObject::connect(ui.btn_ip_get, &QPushButton::clicked, ui.btn_ip_get,
+                     [this] { btn_ip_get_Click(); });
+    QObject::connect(ui.btn_ip_set, &QPushButton::clicked, ui.btn_ip_set,
+                     [this] { btn_ip_set_Click(); });
     QObject::connect(ui.btn_ip_relink, &QPushButton::clicked, ui.btn_ip_relink,
                      [this] { btn_ip_relink_Click(); });
     events::onClick(ui.cbo_ip_type, [this] { cbo_ip_type_Click(); });
 }
 
-void NetworkConfig::cbo_ip_type_Click()
-{
+void NetworkConfig::cbo_ip_type_Click() {
     const int index = s_.ui.cbo_ip_type->currentIndex();
     if (index < 0)
         return; // no selection does not convert to a byte
@@ -29,8 +29,7 @@ void NetworkConfig::cbo_ip_type_Click()
         box->setEnabled(ip_static != 0);
 }
 
-void NetworkConfig::btn_ip_get_Click()
-{
+void NetworkConfig::btn_ip_get_Click() {
     if (!s_.guard())
         return;
     s_.w.wait_net_read = 1;
@@ -43,8 +42,7 @@ void NetworkConfig::btn_ip_get_Click()
     s_.w.wait_net_read = 0;
 }
 
-void NetworkConfig::btn_ip_set_Click()
-{
+void NetworkConfig::btn_ip_set_Click() {
     if (!s_.guard())
         return;
     if (ip_static != 0)
@@ -54,8 +52,7 @@ void NetworkConfig::btn_ip_set_Click()
 }
 
 // Mode, address, mask, gateway, restart: each only after the previous acknowledgement.
-void NetworkConfig::writeStatic()
-{
+void NetworkConfig::writeStatic() {
     const std::pair<QByteArray, int> steps[] = {
         {command::line(QStringLiteral("SIPM"), 1), 2},
         {command::line(QStringLiteral("SIPA"), s_.ui.txt_ip->text()), 3},
@@ -73,8 +70,7 @@ void NetworkConfig::writeStatic()
     s_.SetOffline();
 }
 
-void NetworkConfig::writeDhcp()
-{
+void NetworkConfig::writeDhcp() {
     s_.w.wait_net_mode = 1;
     s_.send(command::line(QStringLiteral("SIPM"), 0));
     if (!s_.waitFor(s_.w.wait_net_mode, 2))
@@ -87,8 +83,7 @@ void NetworkConfig::writeDhcp()
     s_.SetOffline();
 }
 
-void NetworkConfig::btn_ip_relink_Click()
-{
+void NetworkConfig::btn_ip_relink_Click() {
     if (!s_.guard())
         return;
     s_.w.wait_net_mode = 2;
@@ -102,8 +97,7 @@ void NetworkConfig::btn_ip_relink_Click()
 namespace {
 
 // Four three-digit fields of the "IP00" block, joined as they stand (zeros kept).
-QString dotted(const QString& reply, int firstField)
-{
+QString dotted(const QString& reply, int firstField) {
     QStringList octets;
     for (int i = 0; i < 4; ++i)
         octets << legacy::mid(reply, firstField + 7 * i, 3);
@@ -112,8 +106,7 @@ QString dotted(const QString& reply, int firstField)
 
 } // namespace
 
-void NetworkConfig::HandleAddressReply(const QString& reply)
-{
+void NetworkConfig::HandleAddressReply(const QString& reply) {
     const QString key = reply::key(reply);
     quint8& step = s_.w.wait_net_read;
     if (key == QLatin1String("IPMD") && step == 1) {
@@ -129,8 +122,7 @@ void NetworkConfig::HandleAddressReply(const QString& reply)
     }
 }
 
-void NetworkConfig::HandleNetworkAck(const QString& reply)
-{
+void NetworkConfig::HandleNetworkAck(const QString& reply) {
     const QString key = reply::key(reply);
     WaitBytes& w = s_.w;
     auto is = [&key](const char* literal) { return key == QLatin1String(literal); };

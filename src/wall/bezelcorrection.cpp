@@ -16,8 +16,7 @@ constexpr int DefaultBezel = 10;
 
 } // namespace
 
-BezelCorrection::BezelCorrection(Session& session) : s_(session)
-{
+BezelCorrection::BezelCorrection(Session& session) : s_(session) {
     Controls& ui = s_.ui;
     // The one Send sends both columns; the V column's Send has no action of its own.
     QObject::connect(ui.btn_H_Bezel_send, &QPushButton::clicked, ui.btn_H_Bezel_send,
@@ -32,8 +31,7 @@ BezelCorrection::BezelCorrection(Session& session) : s_(session)
 }
 
 // Eight values, each after the previous acknowledgement, then the mode is read back.
-void BezelCorrection::btn_H_Bezel_send_Click()
-{
+void BezelCorrection::btn_H_Bezel_send_Click() {
     if (!s_.guard())
         return;
     WaitBytes& w = s_.w;
@@ -58,8 +56,7 @@ void BezelCorrection::btn_H_Bezel_send_Click()
     w.wait_status = 0;
 }
 
-void BezelCorrection::btn_panomat_refresh_Click()
-{
+void BezelCorrection::btn_panomat_refresh_Click() {
     if (!s_.guard())
         return;
     WaitBytes& w = s_.w;
@@ -78,8 +75,7 @@ void BezelCorrection::btn_panomat_refresh_Click()
 }
 
 // The defaults show at once, before the controller has answered.
-void BezelCorrection::btn_panomat_reset_Click()
-{
+void BezelCorrection::btn_panomat_reset_Click() {
     if (!s_.guard())
         return;
     WaitBytes& w = s_.w;
@@ -99,8 +95,7 @@ void BezelCorrection::btn_panomat_reset_Click()
     w.wait_status = 0;
 }
 
-void BezelCorrection::opt_bezel_Click(int index)
-{
+void BezelCorrection::opt_bezel_Click(int index) {
     if (!s_.guard())
         return;
     if (index != 0 && index != 1)
@@ -112,8 +107,7 @@ void BezelCorrection::opt_bezel_Click(int index)
 
 // The replies do not name the output: the step says which box the value belongs to.
 // Key and value sit at characters 8-11 and 12-14 of these replies.
-void BezelCorrection::HandleBezelValueReply(const QString& reply)
-{
+void BezelCorrection::HandleBezelValueReply(const QString& reply) {
     const QString key = reply::longKey(reply);
     quint8& step = s_.w.wait_bezel;
     const int value = legacy::roundHalfEven(legacy::val(reply::longValue(reply)));
@@ -128,8 +122,7 @@ void BezelCorrection::HandleBezelValueReply(const QString& reply)
 }
 
 // Acknowledgements advance strictly in order: "CBHC001".."CBHC004", "CBVC001".."CBVC004".
-void BezelCorrection::HandleBezelAckReply(const QString& reply)
-{
+void BezelCorrection::HandleBezelAckReply(const QString& reply) {
     const QString key = reply::key(reply);
     const QString value = reply::value(reply);
     quint8& step = s_.w.wait_bezel_set;

@@ -12,13 +12,10 @@ namespace {
 class KeyDownFilter : public QObject {
 public:
     KeyDownFilter(QObject* parent, std::function<void(int)> handler)
-        : QObject(parent), handler_(std::move(handler))
-    {
-    }
+        : QObject(parent), handler_(std::move(handler)) {}
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
+    bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() != QEvent::KeyPress)
             return QObject::eventFilter(watched, event);
         const int key = static_cast<QKeyEvent*>(event)->key();
@@ -33,23 +30,20 @@ private:
 
 } // namespace
 
-void onClick(QComboBox* box, std::function<void()> handler)
-{
+void onClick(QComboBox* box, std::function<void()> handler) {
     QObject::connect(box, &QComboBox::activated, box, [h = std::move(handler)] { h(); });
 }
 
-void onChange(QComboBox* box, std::function<void()> handler)
-{
-    QObject::connect(box->lineEdit(), &QLineEdit::textEdited, box, [h = std::move(handler)] { h(); });
+void onChange(QComboBox* box, std::function<void()> handler) {
+    QObject::connect(box->lineEdit(), &QLineEdit::textEdited, box,
+                     [h = std::move(handler)] { h(); });
 }
 
-void onKeyDown(QComboBox* box, std::function<void(int)> handler)
-{
+void onKeyDown(QComboBox* box, std::function<void(int)> handler) {
     box->lineEdit()->installEventFilter(new KeyDownFilter(box, std::move(handler)));
 }
 
-bool setListIndex(QComboBox* box, int index)
-{
+bool setListIndex(QComboBox* box, int index) {
     if (index < -1 || index >= box->count())
         return false;
     box->setCurrentIndex(index);
@@ -57,8 +51,7 @@ bool setListIndex(QComboBox* box, int index)
     return true;
 }
 
-void setOption(QRadioButton* option)
-{
+void setOption(QRadioButton* option) {
     option->setChecked(true);
     emit option->clicked(true);
 }

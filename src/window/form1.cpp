@@ -39,8 +39,7 @@ constexpr QSize PageSize(764, 440);
 
 } // namespace
 
-Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this)
-{
+Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
     auto* central = new QWidget(this);
     central->setFixedSize(PageLeft + PageSize.width() + 8, PageTop + PageSize.height() + 8);
     setCentralWidget(central);
@@ -81,10 +80,11 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this)
 
 Form1::~Form1() = default;
 
-void Form1::plugReplyHandlers()
-{
-    auto plug = [this](ReplySlot slot, auto* feature, void (std::remove_pointer_t<decltype(feature)>::*handler)(const QString&)) {
-        dispatcher_->plug(slot, [feature, handler](const QString& reply) { (feature->*handler)(reply); });
+void Form1::plugReplyHandlers() {
+    auto plug = [this](ReplySlot slot, auto* feature,
+                       void (std::remove_pointer_t<decltype(feature)>::*handler)(const QString&)) {
+        dispatcher_->plug(slot,
+                          [feature, handler](const QString& reply) { (feature->*handler)(reply); });
     };
     plug(ReplySlot::Status, status_.get(), &StatusRefresh::HandleStatusReply);
     plug(ReplySlot::IoSetup, ioSetup_.get(), &IoSetup::HandleIoSetupReply);
@@ -101,17 +101,15 @@ void Form1::plugReplyHandlers()
     plug(ReplySlot::Position, trim_.get(), &PositionTrim::HandleTrimReply);
 }
 
-void Form1::connectPageSelectors()
-{
-    const std::pair<QRadioButton*, int> selectors[] = {
-        {ui.opt_tv1, 0}, {ui.opt_tv2, 1}, {ui.opt_io, 2},
-        {ui.opt_image, 3}, {ui.opt_tv3, 4}, {ui.opt_tv4, 5}};
+void Form1::connectPageSelectors() {
+    const std::pair<QRadioButton*, int> selectors[] = {{ui.opt_tv1, 0}, {ui.opt_tv2, 1},
+                                                       {ui.opt_io, 2},  {ui.opt_image, 3},
+                                                       {ui.opt_tv3, 4}, {ui.opt_tv4, 5}};
     for (auto [option, page] : selectors)
         connect(option, &QRadioButton::clicked, this, [this, page = page] { ShowPage(page); });
 }
 
-void Form1::Form_Load()
-{
+void Form1::Form_Load() {
     is_connected = false;
     search_done = false;
     at_startup = true;
@@ -119,9 +117,10 @@ void Form1::Form_Load()
     ui.power_ctl[0]->setVisible(true);
     ui.power_ctl[1]->setVisible(false);
     ui.power_ctl[2]->setVisible(false);
-    for (QWidget* control : {static_cast<QWidget*>(ui.power_ctl[0]), static_cast<QWidget*>(ui.btn_sys_fac_rst),
-                             static_cast<QWidget*>(ui.btn_sys_refresh), static_cast<QWidget*>(ui.Check1[0]),
-                             static_cast<QWidget*>(ui.Check1[1])})
+    for (QWidget* control :
+         {static_cast<QWidget*>(ui.power_ctl[0]), static_cast<QWidget*>(ui.btn_sys_fac_rst),
+          static_cast<QWidget*>(ui.btn_sys_refresh), static_cast<QWidget*>(ui.Check1[0]),
+          static_cast<QWidget*>(ui.Check1[1])})
         control->setEnabled(false);
     ui.lbl_con[2]->setVisible(false);
 
@@ -136,8 +135,7 @@ namespace {
 
 // Fills a list from code without raising any of its events and leaves it with no
 // selection; an editable list gets its hint text back.
-void fill(QComboBox* box, const QStringList& items)
-{
+void fill(QComboBox* box, const QStringList& items) {
     const QSignalBlocker blocker(box);
     const QString hint = box->isEditable() ? box->currentText() : QString();
     box->addItems(items);
@@ -146,8 +144,7 @@ void fill(QComboBox* box, const QStringList& items)
         box->setEditText(hint);
 }
 
-QStringList numbers(int from, int to, QString (*text)(long))
-{
+QStringList numbers(int from, int to, QString (*text)(long)) {
     QStringList items;
     for (int i = from; i <= to; ++i)
         items << text(i);
@@ -156,8 +153,7 @@ QStringList numbers(int from, int to, QString (*text)(long))
 
 } // namespace
 
-void Form1::fillLists()
-{
+void Form1::fillLists() {
     for (QScrollBar* bar : ui.HS_A) {
         bar->setMaximum(510);
         bar->setMinimum(0);
@@ -177,8 +173,9 @@ void Form1::fillLists()
          {QStringLiteral("720p50"), QStringLiteral("720p60"), QStringLiteral("1080p24"),
           QStringLiteral("1080p25"), QStringLiteral("1080p30"), QStringLiteral("1080p50"),
           QStringLiteral("1080p60"), QStringLiteral("1024x768 60"), QStringLiteral("1280x800 60"),
-          QStringLiteral("1280x1024 60"), QStringLiteral("1366x768 60"), QStringLiteral("1440x900 60"),
-          QStringLiteral("1600x900 60"), QStringLiteral("1600x1200 60"), QStringLiteral("1680x1050 60"),
+          QStringLiteral("1280x1024 60"), QStringLiteral("1366x768 60"),
+          QStringLiteral("1440x900 60"), QStringLiteral("1600x900 60"),
+          QStringLiteral("1600x1200 60"), QStringLiteral("1680x1050 60"),
           QStringLiteral("1920x1200 60"), QStringLiteral("Native")});
     const QStringList percent = numbers(0, 100, legacy::plainText);
     for (auto* lists : {&ui.cbo_image_bri, &ui.cbo_image_con, &ui.cbo_image_sat, &ui.cbo_image_hue})
@@ -191,45 +188,39 @@ void Form1::fillLists()
     fill(ui.cbo_osd_time, numbers(2, 50, legacy::plainText));
 }
 
-void Form1::ShowPage(int page)
-{
+void Form1::ShowPage(int page) {
     for (int i = 0; i < 6; ++i)
         ui.frame_control[i]->setVisible(i == page);
     if (page >= 0 && page < 6)
         ui.frame_control[page]->move(PageLeft, PageTop);
 }
 
-void Form1::setPageFramesEnabled(bool enabled)
-{
+void Form1::setPageFramesEnabled(bool enabled) {
     for (QGroupBox* page : ui.frame_control)
         page->setEnabled(enabled);
 }
 
-void Form1::LockPanels()
-{
+void Form1::LockPanels() {
     ui.net_config->setEnabled(false);
     setPageFramesEnabled(false);
     ui.con_interface->setEnabled(false);
     ui.sys_setting->setEnabled(false);
 }
 
-void Form1::UnlockPanels()
-{
+void Form1::UnlockPanels() {
     ui.net_config->setEnabled(true);
     setPageFramesEnabled(true);
     ui.con_interface->setEnabled(true);
     ui.sys_setting->setEnabled(true);
 }
 
-void Form1::setButtonColour(QWidget* button, const QColor& colour)
-{
+void Form1::setButtonColour(QWidget* button, const QColor& colour) {
     QPalette palette = button->palette();
     palette.setColor(QPalette::Button, colour);
     button->setPalette(palette);
 }
 
-void Form1::SetOffline()
-{
+void Form1::SetOffline() {
     if (at_startup) {
         at_startup = false;
     } else {
@@ -254,8 +245,7 @@ void Form1::SetOffline()
     search_done = false;
 }
 
-void Form1::setConnectedState()
-{
+void Form1::setConnectedState() {
     setButtonColour(ui.btn_con, QColor(0, 255, 0));
     setButtonColour(ui.btn_discon, QApplication::palette(ui.btn_discon).color(QPalette::Button));
     ui.lbl_con[2]->setVisible(false);
@@ -270,8 +260,7 @@ void Form1::setConnectedState()
 
 // The wait of Connect and of a new selection: the selected socket must connect within
 // the pass limit, else "Connected error!".
-bool Form1::waitForSelected()
-{
+bool Form1::waitForSelected() {
     const int index = selected();
     if (pump.untilConnected([&] { return link.isConnected(index); }))
         return true;
@@ -279,8 +268,7 @@ bool Form1::waitForSelected()
     return false;
 }
 
-void Form1::btn_con_Click()
-{
+void Form1::btn_con_Click() {
     for (int i = 0; i < deviceCount(); ++i)
         link.connectTo(i, ip_list.value(i));
     ui.lbl_con[2]->setVisible(true);
@@ -303,8 +291,7 @@ void Form1::btn_con_Click()
     RefreshAll();
 }
 
-void Form1::cbo_ipaddr_Click()
-{
+void Form1::cbo_ipaddr_Click() {
     const int index = selected();
     link.connectTo(index, ip_list.value(index));
     const bool connected = waitForSelected();
@@ -318,14 +305,19 @@ void Form1::cbo_ipaddr_Click()
     }
 }
 
-void Form1::btn_discon_Click() { SetOffline(); }
+void Form1::btn_discon_Click() {
+    SetOffline();
+}
 
-void Form1::RefreshAll() { status_->RefreshAll(); }
+void Form1::RefreshAll() {
+    status_->RefreshAll();
+}
 
-void Form1::ReadBypassBezel() { status_->ReadBypassBezel(); }
+void Form1::ReadBypassBezel() {
+    status_->ReadBypassBezel();
+}
 
-void Form1::closeEvent(QCloseEvent* event)
-{
+void Form1::closeEvent(QCloseEvent* event) {
     // Every running wait ends; nothing more is sent or shown.
     pump.cancel();
     QMainWindow::closeEvent(event);

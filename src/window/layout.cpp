@@ -15,27 +15,24 @@
 
 namespace {
 
-QString indexed(const char* name, int index)
-{
+QString indexed(const char* name, int index) {
     return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
 }
 
-template <typename W>
-W* named(W* widget, const QString& name)
-{
+template <typename W> W* named(W* widget, const QString& name) {
     widget->setObjectName(name);
     return widget;
 }
 
-QPushButton* button(const QString& name, const QString& caption)
-{
+QPushButton* button(const QString& name, const QString& caption) {
     return named(new QPushButton(caption), name);
 }
 
-QCheckBox* allIp(const QString& name) { return named(new QCheckBox(QStringLiteral("ALL IP")), name); }
+QCheckBox* allIp(const QString& name) {
+    return named(new QCheckBox(QStringLiteral("ALL IP")), name);
+}
 
-QComboBox* list(const QString& name)
-{
+QComboBox* list(const QString& name) {
     auto* box = named(new QComboBox, name);
     box->setMaxVisibleItems(16);
     return box;
@@ -43,8 +40,7 @@ QComboBox* list(const QString& name)
 
 // An editable list shows a hint until a value is read or chosen, and never keeps what
 // is typed as a new item.
-QComboBox* editableList(const QString& name, const QString& hint)
-{
+QComboBox* editableList(const QString& name, const QString& hint) {
     auto* box = list(name);
     box->setEditable(true);
     box->setInsertPolicy(QComboBox::NoInsert);
@@ -52,17 +48,18 @@ QComboBox* editableList(const QString& name, const QString& hint)
     return box;
 }
 
-QLabel* label(const QString& text) { return new QLabel(text); }
+QLabel* label(const QString& text) {
+    return new QLabel(text);
+}
 
-QGroupBox* frame(const QString& name, const QString& caption, QWidget* parent)
-{
+QGroupBox* frame(const QString& name, const QString& caption, QWidget* parent) {
     auto* box = named(new QGroupBox(caption, parent), name);
     return box;
 }
 
-void buildConnectInterface(QWidget* central, Controls& ui)
-{
-    ui.con_interface = frame(QStringLiteral("con_interface"), QStringLiteral("Connect Interface"), central);
+void buildConnectInterface(QWidget* central, Controls& ui) {
+    ui.con_interface =
+        frame(QStringLiteral("con_interface"), QStringLiteral("Connect Interface"), central);
     ui.con_interface->setGeometry(8, 4, 300, 128);
     auto* grid = new QGridLayout(ui.con_interface);
     for (int i = 0; i < 3; ++i) {
@@ -86,9 +83,9 @@ void buildConnectInterface(QWidget* central, Controls& ui)
     grid->setColumnStretch(2, 1);
 }
 
-void buildSystemSettings(QWidget* central, Controls& ui)
-{
-    ui.sys_setting = frame(QStringLiteral("sys_setting"), QStringLiteral("System Settings"), central);
+void buildSystemSettings(QWidget* central, Controls& ui) {
+    ui.sys_setting =
+        frame(QStringLiteral("sys_setting"), QStringLiteral("System Settings"), central);
     ui.sys_setting->setGeometry(316, 4, 300, 196);
     auto* grid = new QGridLayout(ui.sys_setting);
     static const char* powerCaptions[] = {"Power", "Power ON", "Power OFF"};
@@ -121,9 +118,9 @@ void buildSystemSettings(QWidget* central, Controls& ui)
     grid->setRowMinimumHeight(3, 24);
 }
 
-void buildNetworkConfig(QWidget* central, Controls& ui)
-{
-    ui.net_config = frame(QStringLiteral("net_config"), QStringLiteral("Network Configuration"), central);
+void buildNetworkConfig(QWidget* central, Controls& ui) {
+    ui.net_config =
+        frame(QStringLiteral("net_config"), QStringLiteral("Network Configuration"), central);
     ui.net_config->setGeometry(624, 4, 268, 196);
     auto* grid = new QGridLayout(ui.net_config);
     ui.txt_ip = named(new QLineEdit, QStringLiteral("txt_ip"));
@@ -149,8 +146,7 @@ void buildNetworkConfig(QWidget* central, Controls& ui)
     grid->setColumnStretch(1, 1);
 }
 
-void buildPageSelectors(QWidget* central, Controls& ui)
-{
+void buildPageSelectors(QWidget* central, Controls& ui) {
     auto* column = new QWidget(central);
     column->setGeometry(8, 216, 116, 220);
     auto* box = new QVBoxLayout(column);
@@ -169,11 +165,10 @@ void buildPageSelectors(QWidget* central, Controls& ui)
     ui.opt_tv1->setChecked(true);
 }
 
-void buildHotKeyPage(QGroupBox* page, Controls& ui)
-{
+void buildHotKeyPage(QGroupBox* page, Controls& ui) {
     static const char* shapes[24] = {"1x1", "2x2", "3x3", "4x4", "5x5", "6x6", "2x3", "3x2",
-                                      "3x4", "4x2", "4x3", "4x5", "1x2", "2x1", "1x3", "3x1",
-                                      "1x4", "4x1", "2x4", "3x5", "5x4", "5x3", "6x2", "6x3"};
+                                     "3x4", "4x2", "4x3", "4x5", "1x2", "2x1", "1x3", "3x1",
+                                     "1x4", "4x1", "2x4", "3x5", "5x4", "5x3", "6x2", "6x3"};
     auto* grid = new QGridLayout(page);
     for (int i = 0; i < 24; ++i) {
         ui.btn_tv_fs[i] = button(indexed("btn_tv_fs", i), QLatin1String(shapes[i]));
@@ -184,8 +179,7 @@ void buildHotKeyPage(QGroupBox* page, Controls& ui)
     grid->addWidget(ui.Check1[2], 4, 0);
 }
 
-QGroupBox* manualSetup(Controls& ui)
-{
+QGroupBox* manualSetup(Controls& ui) {
     auto* group = new QGroupBox(QStringLiteral("Manual setup"));
     auto* grid = new QGridLayout(group);
     ui.cbo_tv_row = editableList(QStringLiteral("cbo_tv_row"), QStringLiteral("1~15"));
@@ -208,8 +202,7 @@ QGroupBox* manualSetup(Controls& ui)
     return group;
 }
 
-QGroupBox* bezelCorrection(Controls& ui)
-{
+QGroupBox* bezelCorrection(Controls& ui) {
     auto* group = new QGroupBox(QStringLiteral("Bezel Correction"));
     auto* grid = new QGridLayout(group);
     grid->addWidget(label(QStringLiteral("H Correction")), 0, 1);
@@ -231,7 +224,8 @@ QGroupBox* bezelCorrection(Controls& ui)
     grid->addWidget(ui.chk_tv_allip[1], 6, 0);
     grid->addWidget(ui.chk_tv_allip[2], 6, 1);
     grid->addWidget(ui.chk_tv_allip[3], 6, 2);
-    ui.btn_panomat_refresh = button(QStringLiteral("btn_panomat_refresh"), QStringLiteral("Refresh"));
+    ui.btn_panomat_refresh =
+        button(QStringLiteral("btn_panomat_refresh"), QStringLiteral("Refresh"));
     ui.btn_panomat_reset = button(QStringLiteral("btn_panomat_reset"), QStringLiteral("Reset"));
     grid->addWidget(ui.btn_panomat_refresh, 7, 1);
     grid->addWidget(ui.btn_panomat_reset, 7, 2);
@@ -248,28 +242,27 @@ QGroupBox* bezelCorrection(Controls& ui)
     return group;
 }
 
-QGroupBox* bypass(Controls& ui)
-{
+QGroupBox* bypass(Controls& ui) {
     auto* group = new QGroupBox(QStringLiteral("Output Ch.4 Bypass"));
     auto* box = new QVBoxLayout(group);
-    ui.opt_ch4_bypass[0] = named(new QRadioButton(QStringLiteral("ON")), indexed("opt_ch4_bypass", 0));
-    ui.opt_ch4_bypass[1] = named(new QRadioButton(QStringLiteral("OFF")), indexed("opt_ch4_bypass", 1));
+    ui.opt_ch4_bypass[0] =
+        named(new QRadioButton(QStringLiteral("ON")), indexed("opt_ch4_bypass", 0));
+    ui.opt_ch4_bypass[1] =
+        named(new QRadioButton(QStringLiteral("OFF")), indexed("opt_ch4_bypass", 1));
     box->addWidget(ui.opt_ch4_bypass[0]);
     box->addWidget(ui.opt_ch4_bypass[1]);
     box->addStretch();
     return group;
 }
 
-void buildWallPage(QGroupBox* page, Controls& ui)
-{
+void buildWallPage(QGroupBox* page, Controls& ui) {
     auto* row = new QHBoxLayout(page);
     row->addWidget(manualSetup(ui), 3);
     row->addWidget(bezelCorrection(ui), 4);
     row->addWidget(bypass(ui), 2);
 }
 
-void buildIoPage(QGroupBox* page, Controls& ui)
-{
+void buildIoPage(QGroupBox* page, Controls& ui) {
     auto* grid = new QGridLayout(page);
     ui.cbo_reso = list(QStringLiteral("cbo_reso"));
     ui.cbo_info_play = list(QStringLiteral("cbo_info_play"));
@@ -288,11 +281,13 @@ void buildIoPage(QGroupBox* page, Controls& ui)
     muteRow->addStretch();
 
     // Each setting has its own "ALL IP" box, in the order of the setters.
-    const std::pair<const char*, QWidget*> rows[] = {
-        {"Output Resolution", ui.cbo_reso},   {"OSD Auto Display", ui.cbo_info_play},
-        {"OSD H Offset", ui.cbo_osd[0]},      {"OSD V Offset", ui.cbo_osd[1]},
-        {"OSD Display Timeout", ui.cbo_osd_time}, {"OSD Gain Correction", ui.cbo_osd_gain},
-        {"Mute", mute}};
+    const std::pair<const char*, QWidget*> rows[] = {{"Output Resolution", ui.cbo_reso},
+                                                     {"OSD Auto Display", ui.cbo_info_play},
+                                                     {"OSD H Offset", ui.cbo_osd[0]},
+                                                     {"OSD V Offset", ui.cbo_osd[1]},
+                                                     {"OSD Display Timeout", ui.cbo_osd_time},
+                                                     {"OSD Gain Correction", ui.cbo_osd_gain},
+                                                     {"Mute", mute}};
     for (int i = 0; i < 7; ++i) {
         ui.chk_io[i] = allIp(indexed("chk_io", i));
         grid->addWidget(label(QLatin1String(rows[i].first)), i, 0);
@@ -310,8 +305,7 @@ void buildIoPage(QGroupBox* page, Controls& ui)
     grid->setColumnStretch(3, 1);
 }
 
-void buildPicturePage(QGroupBox* page, Controls& ui)
-{
+void buildPicturePage(QGroupBox* page, Controls& ui) {
     auto* grid = new QGridLayout(page);
     static const char* outs[] = {"", "OUT A", "OUT B", "OUT C", "OUT D"};
     for (int n = 1; n <= 4; ++n)
@@ -343,10 +337,10 @@ void buildPicturePage(QGroupBox* page, Controls& ui)
     grid->setRowStretch(6, 1);
 }
 
-void buildFavouritesPage(QGroupBox* page, Controls& ui)
-{
+void buildFavouritesPage(QGroupBox* page, Controls& ui) {
     auto* column = new QVBoxLayout(page);
-    auto slotRow = [&](const char* caption, const char* name, std::array<QPushButton*, 6>& buttons) {
+    auto slotRow = [&](const char* caption, const char* name,
+                       std::array<QPushButton*, 6>& buttons) {
         auto* group = new QGroupBox(QLatin1String(caption));
         auto* row = new QHBoxLayout(group);
         for (int slot = 1; slot <= 5; ++slot) {
@@ -361,8 +355,7 @@ void buildFavouritesPage(QGroupBox* page, Controls& ui)
     column->addStretch();
 }
 
-void buildPositionPage(QGroupBox* page, Controls& ui)
-{
+void buildPositionPage(QGroupBox* page, Controls& ui) {
     auto* grid = new QGridLayout(page);
     static const char* outs[] = {"Out A", "Out B", "Out C", "Out D"};
     static const char* groups[] = {"H Start Value", "H End Value", "V Start Value", "V End Value"};
@@ -390,8 +383,7 @@ void buildPositionPage(QGroupBox* page, Controls& ui)
 
 } // namespace
 
-void buildControls(QWidget* central, Controls& ui)
-{
+void buildControls(QWidget* central, Controls& ui) {
     buildConnectInterface(central, ui);
     buildSystemSettings(central, ui);
     buildNetworkConfig(central, ui);
@@ -404,7 +396,8 @@ void buildControls(QWidget* central, Controls& ui)
     static const char* captions[] = {"Panomat Setup", "Panomat Setup", "I/O Setup",
                                      "Image Adjust",  "Panomat Setup", "Panomat Setup"};
     for (int i = 0; i < 6; ++i)
-        ui.frame_control[i] = frame(indexed("frame_control", i), QLatin1String(captions[i]), central);
+        ui.frame_control[i] =
+            frame(indexed("frame_control", i), QLatin1String(captions[i]), central);
     buildHotKeyPage(ui.frame_control[0], ui);
     buildWallPage(ui.frame_control[1], ui);
     buildIoPage(ui.frame_control[2], ui);

@@ -3,18 +3,21 @@
 #include <QComboBox>
 #include <QCoreApplication>
 
-Session::Session(QWidget* window) : window_(window)
-{
+Session::Session(QWidget* window) : window_(window) {}
+
+int Session::selected() const {
+    return ui.cbo_ipaddr->currentIndex();
 }
 
-int Session::selected() const { return ui.cbo_ipaddr->currentIndex(); }
+int Session::deviceCount() const {
+    return ui.cbo_ipaddr->count();
+}
 
-int Session::deviceCount() const { return ui.cbo_ipaddr->count(); }
+bool Session::linkUp() const {
+    return link.isConnected(selected());
+}
 
-bool Session::linkUp() const { return link.isConnected(selected()); }
-
-bool Session::guard()
-{
+bool Session::guard() {
     if (linkUp())
         return true;
     critical(QStringLiteral("Ethernet is disconnected !"));
@@ -22,36 +25,33 @@ bool Session::guard()
     return false;
 }
 
-void Session::send(const QByteArray& line)
-{
+void Session::send(const QByteArray& line) {
     if (!pump.cancelled())
         link.write(selected(), line);
 }
 
-void Session::sendAll(const QByteArray& line)
-{
+void Session::sendAll(const QByteArray& line) {
     for (int i = 0; i < deviceCount() && !pump.cancelled(); ++i)
         link.write(i, line);
 }
 
-bool Session::waitFor(const quint8& byte, int value)
-{
+bool Session::waitFor(const quint8& byte, int value) {
     return pump.until([&] { return byte == value; });
 }
 
 QMessageBox::StandardButton Session::message(QMessageBox::Icon icon, const QString& text,
-                                             QMessageBox::StandardButtons buttons)
-{
+                                             QMessageBox::StandardButtons buttons) {
     if (pump.cancelled())
         return QMessageBox::NoButton;
     QMessageBox box(icon, QCoreApplication::applicationName(), text, buttons, window_);
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
-bool Session::askYes(const QString& text)
-{
+bool Session::askYes(const QString& text) {
     return message(QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No) ==
            QMessageBox::Yes;
 }
 
-void Session::setTitle(const QString& title) { window_->setWindowTitle(title); }
+void Session::setTitle(const QString& title) {
+    window_->setWindowTitle(title);
+}

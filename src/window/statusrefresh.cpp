@@ -15,13 +15,10 @@
 
 StatusRefresh::StatusRefresh(Session& session, NetworkConfig& network, BezelCorrection& bezel,
                              IoSetup& io)
-    : s_(session), network_(network), bezel_(bezel), io_(io)
-{
-}
+    : s_(session), network_(network), bezel_(bezel), io_(io) {}
 
 // The panels stay locked until the operator has closed the completion message.
-void StatusRefresh::RefreshAll()
-{
+void StatusRefresh::RefreshAll() {
     if (!s_.guard())
         return;
     s_.LockPanels();
@@ -49,8 +46,7 @@ void StatusRefresh::RefreshAll()
     s_.UnlockPanels();
 }
 
-void StatusRefresh::ReadStatus()
-{
+void StatusRefresh::ReadStatus() {
     if (!s_.guard())
         return;
     static const char* const reads[] = {"RPOW", "RMDN", "RBY", "RBEZ", "RVER"};
@@ -63,8 +59,7 @@ void StatusRefresh::ReadStatus()
     s_.w.wait_status = 0;
 }
 
-void StatusRefresh::ReadBypassBezel()
-{
+void StatusRefresh::ReadBypassBezel() {
     if (!s_.guard())
         return;
     QProgressBar* progress = s_.ui.ProgressBar1;
@@ -84,8 +79,7 @@ void StatusRefresh::ReadBypassBezel()
 
 // Options and the model list set here raise their Click; those handlers see
 // wait_status busy and send nothing back.
-void StatusRefresh::HandleStatusReply(const QString& reply)
-{
+void StatusRefresh::HandleStatusReply(const QString& reply) {
     const QString key = reply::key(reply);
     const bool on = reply::value(reply) != QLatin1String("000");
     quint8& step = s_.w.wait_status;
@@ -107,16 +101,15 @@ void StatusRefresh::HandleStatusReply(const QString& reply)
         events::setOption(ui.opt_bezel[on ? 1 : 0]);
         step = 5;
     } else if (key == QLatin1String("VERS") && step == 5) {
-        s_.setTitle(Session::Title + QStringLiteral("    FW: v") + legacy::mid(reply, 5, 1) +
-                    u'.' + legacy::mid(reply, 6, 2));
+        s_.setTitle(Session::Title + QStringLiteral("    FW: v") + legacy::mid(reply, 5, 1) + u'.' +
+                    legacy::mid(reply, 6, 2));
         step = 6;
     }
 }
 
 // Nothing arms wait_power, so this never fires; the controller's "POWE001" is taken by
 // the status handler above.
-void StatusRefresh::HandlePowerConfirmReply(const QString& reply)
-{
+void StatusRefresh::HandlePowerConfirmReply(const QString& reply) {
     if (reply::key(reply) == QLatin1String("POWE") && reply::value(reply) == QLatin1String("001") &&
         s_.w.wait_power == 1)
         s_.w.wait_power = 2;

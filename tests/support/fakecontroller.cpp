@@ -6,49 +6,55 @@
 #include <QTimer>
 
 FakeController::FakeController(const QString& address, QObject* parent)
-    : QObject(parent), address_(address), server_(new QTcpServer(this))
-{
+    : QObject(parent), address_(address), server_(new QTcpServer(this)) {
     server_->listen(QHostAddress(address), 23);
     connect(server_, &QTcpServer::newConnection, this, &FakeController::onNewConnection);
 }
 
 FakeController::~FakeController() = default;
 
-bool FakeController::isListening() const { return server_->isListening(); }
+bool FakeController::isListening() const {
+    return server_->isListening();
+}
 
-void FakeController::answerLikeController()
-{
+void FakeController::answerLikeController() {
     const std::pair<const char*, const char*> fixed[] = {
-        {"RPOW", "POWE001"}, {"RMDN", "MODN000"}, {"RBY", "BYPA000"}, {"RBEZ", "BEZE001"},
-        {"RVER", "VERS102"}, {"RIPM", "IPMD001"},
-        {"RLINK", "IP00127IP01000IP02000IP03002MA00255MA01255MA02255MA03000GA00127GA01000GA02000GA03001"},
-        {"RRES", "RESO006"}, {"ROSDD", "OSDD000"}, {"ROSDT", "OSDT010"}, {"ROSDH", "OSDH005"},
-        {"ROSDV", "OSDV005"}, {"ROSDG", "OSDG002"}, {"RMUTE", "MUTE000"}};
+        {"RPOW", "POWE001"},
+        {"RMDN", "MODN000"},
+        {"RBY", "BYPA000"},
+        {"RBEZ", "BEZE001"},
+        {"RVER", "VERS102"},
+        {"RIPM", "IPMD001"},
+        {"RLINK",
+         "IP00127IP01000IP02000IP03002MA00255MA01255MA02255MA03000GA00127GA01000GA02000GA03001"},
+        {"RRES", "RESO006"},
+        {"ROSDD", "OSDD000"},
+        {"ROSDT", "OSDT010"},
+        {"ROSDH", "OSDH005"},
+        {"ROSDV", "OSDV005"},
+        {"ROSDG", "OSDG002"},
+        {"RMUTE", "MUTE000"}};
     for (auto [keyword, answer] : fixed)
         reply(QLatin1String(keyword), QLatin1String(answer));
     reply(QStringLiteral("RCBH"), [](const QString&) { return QByteArray("CBHV1  CBHV010"); });
     reply(QStringLiteral("RCBV"), [](const QString&) { return QByteArray("CBVV1  CBVV010"); });
 }
 
-void FakeController::reply(const QString& keyword, const QString& answer)
-{
+void FakeController::reply(const QString& keyword, const QString& answer) {
     const QByteArray bytes = answer.toLatin1();
     script_[keyword] = [bytes](const QString&) { return bytes; };
 }
 
-void FakeController::reply(const QString& keyword, Responder responder)
-{
+void FakeController::reply(const QString& keyword, Responder responder) {
     script_[keyword] = std::move(responder);
 }
 
-void FakeController::push(const QByteArray& bytes)
-{
+void FakeController::push(const QByteArray& bytes) {
     for (QTcpSocket* client : clients_)
         client->write(bytes);
 }
 
-void FakeController::dropConnections()
-{
+void FakeController::dropConnections() {
     const QList<QTcpSocket*> clients = clients_;
     clients_.clear();
     for (QTcpSocket* client : clients) {
@@ -57,20 +63,17 @@ void FakeController::dropConnections()
     }
 }
 
-void FakeController::stopListening()
-{
+void FakeController::stopListening() {
     server_->close();
     dropConnections();
 }
 
-void FakeController::clear()
-{
+void FakeController::clear() {
     received_.clear();
     lines_.clear();
 }
 
-void FakeController::onNewConnection()
-{
+void FakeController::onNewConnection() {
     while (QTcpSocket* client = server_->nextPendingConnection()) {
         ++accepted_;
         // Replies leave at once, so chunks arrive as the test sent them.
@@ -84,8 +87,7 @@ void FakeController::onNewConnection()
     }
 }
 
-void FakeController::onReadyRead(QTcpSocket* client)
-{
+void FakeController::onReadyRead(QTcpSocket* client) {
     const QByteArray bytes = client->readAll();
     received_ += bytes;
     QByteArray& buffer = pending_[client];
@@ -99,8 +101,7 @@ void FakeController::onReadyRead(QTcpSocket* client)
     }
 }
 
-void FakeController::answer(QTcpSocket* client, const QString& line)
-{
+void FakeController::answer(QTcpSocket* client, const QString& line) {
     const QString keyword = line.section(u' ', 0, 0);
     if (allSilent_ || silent_.contains(keyword) || !script_.contains(keyword))
         return;
@@ -110,8 +111,7 @@ void FakeController::answer(QTcpSocket* client, const QString& line)
     transmit(client, reply + "\r\n");
 }
 
-void FakeController::transmit(QTcpSocket* client, const QByteArray& bytes)
-{
+void FakeController::transmit(QTcpSocket* client, const QByteArray& bytes) {
     if (joinNext_) {
         joinNext_ = false;
         held_ = bytes;

@@ -12,9 +12,7 @@
 // Drives the real window the way an operator does.
 namespace driver {
 
-template <typename W>
-W* find(Form1& form, const QString& name)
-{
+template <typename W> W* find(Form1& form, const QString& name) {
     W* widget = form.findChild<W*>(name);
     if (!widget)
         qFatal("no control %s", qPrintable(name));

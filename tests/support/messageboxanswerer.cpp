@@ -3,22 +3,19 @@
 #include <QAbstractButton>
 #include <QApplication>
 
-MessageBoxAnswerer::MessageBoxAnswerer(QObject* parent) : QObject(parent)
-{
+MessageBoxAnswerer::MessageBoxAnswerer(QObject* parent) : QObject(parent) {
     connect(&timer_, &QTimer::timeout, this, [this] { poll(); });
     timer_.start(5);
 }
 
-QStringList MessageBoxAnswerer::texts() const
-{
+QStringList MessageBoxAnswerer::texts() const {
     QStringList texts;
     for (const Seen& box : seen_)
         texts << box.text;
     return texts;
 }
 
-void MessageBoxAnswerer::poll(bool force)
-{
+void MessageBoxAnswerer::poll(bool force) {
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     if (!box || !box->isVisible())
         return;

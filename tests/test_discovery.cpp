@@ -24,7 +24,6 @@ private slots:
     void failedAutomaticSelectionKeepsWindow();
     void moreThan255DevicesKeepsFirst255();
     void secondSearchWhileRunningDoesNothing();
-    void searchGoesOfflineFirst();
 
 private:
     static QString beside(const QString& name) {
@@ -190,23 +189,6 @@ void TestDiscovery::secondSearchWhileRunningDoesNothing() {
     QCOMPARE(log.readAll(), QByteArray("run\n"));
     QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Not Find MAC !")});
     QCOMPARE(boxes.seen().size(), 1);
-}
-
-void TestDiscovery::searchGoesOfflineFirst() {
-    FakeController old(QStringLiteral("127.11.7.1"));
-    FakeController found(QStringLiteral("127.11.7.2"));
-    old.answerLikeController();
-    found.answerLikeController();
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    driver::connectTo(form, {old.address()});
-    QVERIFY(form.is_connected);
-    writeSearchProgram();
-    prepareResult("AA-BB-CC-DD-EE-02\r\n", "127.011.007.002\r\n");
-    search(form);
-    QTRY_COMPARE(old.connectionCount(), 0);
-    QCOMPARE(form.ip_list, QStringList{found.address()});
-    QVERIFY(found.lines().contains(QStringLiteral("SOSDI")));
 }
 
 int main(int argc, char* argv[]) {

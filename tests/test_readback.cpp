@@ -2,7 +2,6 @@
 #include "support/formdriver.h"
 #include "support/messageboxanswerer.h"
 
-#include <QCheckBox>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QProgressBar>
@@ -47,7 +46,6 @@ private slots:
     void refreshReadsEverythingInOrder();
     void refreshWaitsForEachReplyWithPanelsLocked();
     void repliesAtWrongStepOrJoinedAreIgnored();
-    void shortVersionReply();
     void staticSetIpWritesFiveLinesThenGoesOffline();
     void dhcpModeSetIpAndRelink();
     void ioValues_data();
@@ -58,8 +56,6 @@ private slots:
     void bezelSendWaitsForEachAcknowledgement();
     void bezelRefreshReadsLongLayout();
     void bezelResetShowsDefaultsAtOnce();
-    void bezelSendRefusedWhileRefreshRuns();
-    void bezelOnOffSwitch();
 
 private:
     // Connects the window to the fakes and clears what the refresh left.
@@ -176,20 +172,6 @@ void TestReadBack::repliesAtWrongStepOrJoinedAreIgnored() {
     QVERIFY(!find<QPushButton>(form, QStringLiteral("power_ctl(2)"))->isHidden());
 }
 
-void TestReadBack::shortVersionReply() {
-    FakeController device(QStringLiteral("127.12.4.1"));
-    device.answerLikeController();
-    device.silence(QStringLiteral("RVER"));
-    QObject::connect(&device, &FakeController::lineReceived, &device, [&](const QString& line) {
-        if (line == QLatin1String("RVER"))
-            device.push("VERS1"); // five characters, nothing after them
-    });
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    driver::connectTo(form, {device.address()});
-    QCOMPARE(form.windowTitle(), QStringLiteral("Panomat Set v1.10    FW: v1."));
-}
-
 void TestReadBack::staticSetIpWritesFiveLinesThenGoesOffline() {
     FakeController device(QStringLiteral("127.12.6.1"));
     device.answerLikeController();
@@ -263,15 +245,6 @@ void TestReadBack::ioValues_data() {
     QTest::newRow("timeout below list clears") << "ROSDT"
                                                << "OSDT001"
                                                << "cbo_osd_time" << -1;
-    QTest::newRow("display on") << "ROSDD"
-                                << "OSDD001"
-                                << "cbo_info_play" << 1;
-    QTest::newRow("h offset") << "ROSDH"
-                              << "OSDH020"
-                              << "cbo_osd(0)" << 20;
-    QTest::newRow("v offset") << "ROSDV"
-                              << "OSDV000"
-                              << "cbo_osd(1)" << 0;
     QTest::newRow("gain") << "ROSDG"
                           << "OSDG010"
                           << "cbo_osd_gain" << 10;
@@ -451,52 +424,6 @@ void TestReadBack::bezelResetShowsDefaultsAtOnce() {
     QTest::qWait(100);
     QCOMPARE(device.lines(),
              (QStringList{"SWDE", "RBY"})); // the option set by the read sends nothing
-}
-
-void TestReadBack::bezelSendRefusedWhileRefreshRuns() {
-    FakeController device(QStringLiteral("127.12.14.1"));
-    device.answerLikeController();
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    connectAll(form, {&device}, boxes);
-    device.silence(QStringLiteral("RCBH"));
-    QStringList sentAfterSend;
-    driver::when(
-        &form, [&] { return !device.lines().isEmpty(); },
-        [&] {
-            form.ui.btn_H_Bezel_send->click();
-            pauseThen(
-                form, [] { return true; }, 200,
-                [&] {
-                    sentAfterSend = device.lines();
-                    device.speak(QStringLiteral("RCBH"));
-                    device.push("CBHV1  CBHV005\r\n");
-                });
-        });
-    driver::click(form.ui.btn_panomat_refresh);
-    QCOMPARE(sentAfterSend, QStringList{"RCBH 1"});
-    QVERIFY(boxes.texts().isEmpty());
-    QCOMPARE(form.ui.cbo_val_H[1]->currentText(), QStringLiteral(" 5"));
-    QCOMPARE(device.lines().size(), 8);
-}
-
-void TestReadBack::bezelOnOffSwitch() {
-    FakeController first(QStringLiteral("127.12.15.1"));
-    FakeController second(QStringLiteral("127.12.15.2"));
-    first.answerLikeController();
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    connectAll(form, {&first, &second}, boxes);
-    QTRY_COMPARE(second.connectionCount(), 1);
-    driver::click(find<QRadioButton>(form, QStringLiteral("opt_bezel(0)")));
-    find<QCheckBox>(form, QStringLiteral("Check1(2)"))->setChecked(true);
-    driver::click(find<QRadioButton>(form, QStringLiteral("opt_bezel(1)")));
-    form.w.wait_status = 3; // a status read is setting the options
-    driver::click(find<QRadioButton>(form, QStringLiteral("opt_bezel(0)")));
-    QTRY_COMPARE(second.lines(), QStringList{"SBEZ 1"});
-    QTRY_COMPARE(first.lines(), (QStringList{"SBEZ 0", "SBEZ 1"}));
-    QTest::qWait(100);
-    QCOMPARE(first.lines().size(), 2);
 }
 
 int main(int argc, char* argv[]) {

@@ -4,275 +4,127 @@
 
 #include <QCheckBox>
 #include <QGroupBox>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
 
-using driver::find;
-
-// The I/O page's setters. Each test uses its own address in 127.40.0.0/16.
+// The I/O page's setters. Each uses its own addresses in 127.40.0.0/16.
 class TestOutput : public QObject {
     Q_OBJECT
+public:
+    static void initMain() { QApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
 private slots:
     void setters_data();
     void setters();
-    void allIpBoxes_data();
-    void allIpBoxes();
-    void readAndResetSendNoSetting();
-    void picksSilentWhileBusy_data();
-    void picksSilentWhileBusy();
-    void linkDown_data();
-    void linkDown();
 };
 
 namespace {
 
-// An action on the page: option buttons are clicked, a text is typed and entered,
-// otherwise the list item is picked.
-void act(Form1& form, const QString& control, int item, const QString& typed) {
+// Three controllers, the second selected and reporting model 1, the refresh done.
+struct Bench {
+    explicit Bench(const QString& net)
+        : devices{FakeController(net + '1'), FakeController(net + '2'), FakeController(net + '3')} {
+        devices[1].answerLikeController();
+        devices[1].reply("RMDN", "MODN001");
+        driver::listDevices(form, {net + '1', net + '2', net + '3'});
+        form.ui.cbo_ipaddr->setCurrentIndex(1);
+        driver::click(form.ui.btn_con);
+        received();
+        boxes.clear();
+    }
+    // The lines each controller got since the last call, ending with a marker sent to all.
+    QList<QStringList> received() {
+        form.sendAll("MARK\r\n");
+        QList<QStringList> all;
+        for (FakeController& device : devices) {
+            (void)QTest::qWaitFor([&] { return device.lines().contains("MARK"); });
+            all << device.lines();
+            device.clear();
+        }
+        return all;
+    }
+
+    std::array<FakeController, 3> devices;
+    MessageBoxAnswerer boxes;
+    Form1 form;
+};
+
+// "#n" picks item n; other text is typed key by key, "\r" being Enter; options are clicked.
+void act(Form1& form, const QString& control, const QString& action) {
     if (auto* option = form.findChild<QRadioButton*>(control))
         driver::click(option);
-    else if (!typed.isNull())
-        driver::type(find<QComboBox>(form, control), typed, true);
+    else if (action.startsWith(u'#'))
+        driver::pick(driver::find<QComboBox>(form, control), action.mid(1).toInt());
     else
-        driver::pick(find<QComboBox>(form, control), item);
-}
-
-// Connects and shows the I/O page as the operator sees it.
-void connectAndShowPage(Form1& form, const QStringList& addresses) {
-    driver::connectTo(form, addresses);
-    form.show();
-    driver::click(form.ui.opt_io);
-}
-
-// Every line the controller got up to a marker sent after the action: whatever the
-// action sent has arrived by then.
-QStringList linesUpToMarker(Form1& form, FakeController& device) {
-    form.send("MARK\r\n");
-    if (!QTest::qWaitFor([&] { return device.lines().contains(QStringLiteral("MARK")); }))
-        return {QStringLiteral("marker lost")};
-    QStringList lines = device.lines();
-    lines.removeAll(QStringLiteral("MARK"));
-    return lines;
+        driver::type(driver::find<QComboBox>(form, control), action);
 }
 
 } // namespace
 
 void TestOutput::setters_data() {
     QTest::addColumn<QString>("control");
-    QTest::addColumn<int>("item");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("sent");    // empty: nothing
-    QTest::addColumn<QString>("message"); // empty: none
-    const QString none;
-    QTest::newRow("Native") << "cbo_reso" << 16 << none << "SRES 16" << none;
-    QTest::newRow("OSD display ON") << "cbo_info_play" << 1 << none << "SOSDD 1" << none;
-    QTest::newRow("H offset pick") << "cbo_osd(0)" << 20 << none << "SOSDH 20" << none;
-    QTest::newRow("V offset pick") << "cbo_osd(1)" << 3 << none << "SOSDV 3" << none;
-    QTest::newRow("timeout 2") << "cbo_osd_time" << 0 << none << "SOSDT 2" << none;
-    QTest::newRow("timeout 50") << "cbo_osd_time" << 48 << none << "SOSDT 50" << none;
-    QTest::newRow("gain pick") << "cbo_osd_gain" << 7 << none << "SOSDG 7" << none;
-    QTest::newRow("mute ON") << "opt_mute(1)" << 0 << none << "SMUTE 1" << none;
-    QTest::newRow("V typed as is") << "cbo_osd(1)" << 0 << "07"
-                                   << "SOSDV 07" << none;
-    QTest::newRow("H loose upper") << "cbo_osd(0)" << 0 << "20.9"
-                                   << "SOSDH 20.9" << none;
-    QTest::newRow("H loose lower") << "cbo_osd(0)" << 0 << "-0.5"
-                                   << "SOSDH -0.5" << none;
-    QTest::newRow("H blanks kept") << "cbo_osd(0)" << 0 << " 4 "
-                                   << "SOSDH  4 " << none;
-    QTest::newRow("V 21") << "cbo_osd(1)" << 0 << "21" << none << "Please type 0 ~ 20";
-    QTest::newRow("V abc") << "cbo_osd(1)" << 0 << "abc" << none << "Please type 0 ~ 20";
-    QTest::newRow("gain 10") << "cbo_osd_gain" << 0 << "10"
-                             << "SOSDG 10" << none;
-    QTest::newRow("gain 11") << "cbo_osd_gain" << 0 << "11" << none << "Please type 0 ~ 10";
+    QTest::addColumn<int>("box"); // the setting's own "ALL IP" box
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QString>("result"); // the line sent, the warning of a refusal, or nothing
+    // clang-format off
+    QTest::newRow("Native") << "cbo_reso" << 0 << "#16" << "SRES 16";
+    QTest::newRow("OSD display") << "cbo_info_play" << 1 << "#1" << "SOSDD 1";
+    QTest::newRow("H pick") << "cbo_osd(0)" << 2 << "#20" << "SOSDH 20";
+    QTest::newRow("V pick") << "cbo_osd(1)" << 3 << "#3" << "SOSDV 3";
+    QTest::newRow("timeout 50") << "cbo_osd_time" << 4 << "#48" << "SOSDT 50";
+    QTest::newRow("gain pick") << "cbo_osd_gain" << 5 << "#7" << "SOSDG 7";
+    QTest::newRow("mute ON") << "opt_mute(1)" << 6 << "" << "SMUTE 1";
+    QTest::newRow("mute OFF") << "opt_mute(0)" << 6 << "" << "SMUTE 0";
+    QTest::newRow("V typed as is") << "cbo_osd(1)" << 3 << "07\r" << "SOSDV 07";
+    QTest::newRow("H blanks kept") << "cbo_osd(0)" << 2 << " 4 \r" << "SOSDH  4 ";
+    QTest::newRow("H loose upper") << "cbo_osd(0)" << 2 << "20.9\r" << "SOSDH 20.9";
+    QTest::newRow("H loose lower") << "cbo_osd(0)" << 2 << "-0.5\r" << "SOSDH -0.5";
+    QTest::newRow("gain typed 10") << "cbo_osd_gain" << 5 << "10\r" << "SOSDG 10";
+    QTest::newRow("no Enter") << "cbo_osd_gain" << 5 << "5" << "";
+    QTest::newRow("V 21") << "cbo_osd(1)" << 3 << "21\r" << "Please type 0 ~ 20";
+    QTest::newRow("V abc") << "cbo_osd(1)" << 3 << "abc\r" << "Please type 0 ~ 20";
+    QTest::newRow("gain 11") << "cbo_osd_gain" << 5 << "11\r" << "Please type 0 ~ 10";
+    // clang-format on
 }
 
 void TestOutput::setters() {
     QFETCH(QString, control);
-    QFETCH(int, item);
-    QFETCH(QString, typed);
-    QFETCH(QString, sent);
-    QFETCH(QString, message);
-    FakeController device(QStringLiteral("127.40.1.1"));
-    device.answerLikeController();
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    connectAndShowPage(form, {device.address()});
-    boxes.clear();
-    device.clear();
-
-    act(form, control, item, typed);
-    QCOMPARE(linesUpToMarker(form, device), sent.isEmpty() ? QStringList() : QStringList{sent});
-    QCOMPARE(boxes.texts(), message.isEmpty() ? QStringList() : QStringList{message});
-    if (!message.isEmpty()) {
-        QCOMPARE(boxes.seen().first().icon, QMessageBox::Warning);
-        QCOMPARE(find<QComboBox>(form, control)->currentText(), typed); // left as typed
-    }
-
-    // Keys other than Enter send nothing.
-    if (!typed.isNull()) {
-        device.clear();
-        driver::type(find<QComboBox>(form, control), QStringLiteral("5"), false);
-        QCOMPARE(linesUpToMarker(form, device), QStringList());
-    }
-}
-
-void TestOutput::allIpBoxes_data() {
-    QTest::addColumn<QString>("control");
-    QTest::addColumn<int>("item");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<int>("box");
-    QTest::addColumn<bool>("everyDevice");
-    QTest::addColumn<QString>("sent");
-    const QString none;
-    QTest::newRow("reso, own box") << "cbo_reso" << 2 << none << 0 << true << "SRES 2";
-    QTest::newRow("reso, mute's box") << "cbo_reso" << 2 << none << 6 << false << "SRES 2";
-    QTest::newRow("OSD display") << "cbo_info_play" << 0 << none << 1 << true << "SOSDD 0";
-    QTest::newRow("H offset") << "cbo_osd(0)" << 9 << none << 2 << true << "SOSDH 9";
-    QTest::newRow("H offset, V's box") << "cbo_osd(0)" << 9 << none << 3 << false << "SOSDH 9";
-    QTest::newRow("V offset typed") << "cbo_osd(1)" << 0 << "12" << 3 << true << "SOSDV 12";
-    QTest::newRow("timeout") << "cbo_osd_time" << 8 << none << 4 << true << "SOSDT 10";
-    QTest::newRow("gain typed") << "cbo_osd_gain" << 0 << "3" << 5 << true << "SOSDG 3";
-    QTest::newRow("mute") << "opt_mute(1)" << 0 << none << 6 << true << "SMUTE 1";
-}
-
-void TestOutput::allIpBoxes() {
-    QFETCH(QString, control);
-    QFETCH(int, item);
-    QFETCH(QString, typed);
     QFETCH(int, box);
-    QFETCH(bool, everyDevice);
-    QFETCH(QString, sent);
-    FakeController first(QStringLiteral("127.40.2.1"));
-    FakeController second(QStringLiteral("127.40.2.2"));
-    FakeController third(QStringLiteral("127.40.2.3"));
-    for (FakeController* device : {&first, &second, &third})
-        device->answerLikeController();
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    connectAndShowPage(form, {first.address(), second.address(), third.address()});
-    driver::pick(form.ui.cbo_ipaddr, 1); // the second is the selected one
-    QTRY_COMPARE(third.connectionCount(), 1);
-    for (FakeController* device : {&first, &second, &third})
-        device->clear();
-    find<QCheckBox>(form, QStringLiteral("chk_io(%1)").arg(box))->setChecked(true);
+    QFETCH(QString, action);
+    QFETCH(QString, result);
+    Bench bench("127.40.1.");
+    const QStringList mark{"MARK"};
+    const bool refused = result.startsWith("Please");
+    const QStringList sent = QStringList{result, "MARK"}.mid(refused || result.isEmpty() ? 1 : 0);
+    for (bool own : {true, false}) { // own box ticked: to all; every other one: selected only
+        for (QCheckBox* tick : bench.form.ui.chk_io)
+            tick->setChecked((tick == bench.form.ui.chk_io[box]) == own);
+        act(bench.form, control, action);
+        const QStringList others = own ? sent : mark;
+        QCOMPARE(bench.received(), (QList<QStringList>{others, sent, others}));
+    }
+    QCOMPARE(bench.boxes.texts(), refused ? QStringList(2, result) : QStringList());
+    if (refused)
+        QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Warning);
 
-    act(form, control, item, typed);
-    form.sendAll("MARK\r\n");
-    for (FakeController* device : {&first, &second, &third})
-        QTRY_VERIFY(device->lines().contains(QStringLiteral("MARK")));
-    const QStringList all{sent, QStringLiteral("MARK")};
-    const QStringList markOnly{QStringLiteral("MARK")};
-    QCOMPARE(second.lines(), all);
-    QCOMPARE(first.lines(), everyDevice ? all : markOnly);
-    QCOMPARE(third.lines(), everyDevice ? all : markOnly);
+    // While the page is read or reset, picks and option clicks are held back; Enter is not.
+    for (quint8* busy : {&bench.form.w.wait_io, &bench.form.w.wait_osd_reset}) {
+        *busy = 3;
+        act(bench.form, control, action);
+        *busy = 0;
+        QCOMPARE(bench.received().value(1), action.endsWith(u'\r') ? sent : mark);
+    }
+
+    // With the link down the first key or the pick is refused; two settings keep the model.
+    bench.boxes.clear();
+    bench.devices[1].dropConnections();
+    QTRY_VERIFY(!bench.form.linkUp());
+    act(bench.form, control, action.left(1));
+    QCOMPARE(bench.boxes.texts(), QStringList{"Ethernet is disconnected !"});
+    QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Critical);
+    const bool keepsModel = control == "cbo_info_play" || control.startsWith("opt_mute");
+    QCOMPARE(bench.form.ui.cbo_model->currentIndex(), keepsModel ? 1 : -1);
+    QVERIFY(!bench.form.ui.frame_control[2]->isEnabled()); // offline
 }
 
-// A read or a reset fills the page and raises every control's Click: none of them may
-// send the value back.
-void TestOutput::readAndResetSendNoSetting() {
-    FakeController device(QStringLiteral("127.40.3.1"));
-    device.answerLikeController();
-    device.reply(QStringLiteral("RRES"), QStringLiteral("RESO016"));
-    device.reply(QStringLiteral("RMUTE"), QStringLiteral("MUTE001"));
-    device.reply(QStringLiteral("SOSDR"), QStringLiteral("OSDR"));
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    driver::connectTo(form, {device.address()});
-    QCOMPARE(form.ui.cbo_reso->currentIndex(), 16);
-    QVERIFY(form.ui.opt_mute[1]->isChecked());
-    driver::click(form.ui.btn_io_rst[1]); // "Reset", answered Yes
-    QCOMPARE(form.ui.cbo_reso->currentIndex(), 6);
-    QVERIFY(form.ui.opt_mute[0]->isChecked());
-    const QStringList lines = linesUpToMarker(form, device);
-    QVERIFY(lines.contains(QStringLiteral("RMUTE")));
-    QVERIFY(lines.contains(QStringLiteral("SOSDR")));
-    for (const QString& line : lines)
-        QVERIFY2(line.startsWith(u'R') || line == QLatin1String("SOSDI") ||
-                     line == QLatin1String("SOSDR"),
-                 qPrintable(line));
-}
-
-void TestOutput::picksSilentWhileBusy_data() {
-    QTest::addColumn<bool>("reading"); // else an OSD reset is running
-    QTest::newRow("read") << true;
-    QTest::newRow("OSD reset") << false;
-}
-
-// Only picks and option clicks are held back; what is typed and entered goes out.
-void TestOutput::picksSilentWhileBusy() {
-    QFETCH(bool, reading);
-    FakeController device(QStringLiteral("127.40.4.1"));
-    device.answerLikeController();
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    connectAndShowPage(form, {device.address()});
-    boxes.clear();
-    device.clear();
-    (reading ? form.w.wait_io : form.w.wait_osd_reset) = 3;
-
-    driver::pick(form.ui.cbo_reso, 1);
-    driver::pick(form.ui.cbo_info_play, 1);
-    driver::pick(form.ui.cbo_osd[0], 1);
-    driver::pick(form.ui.cbo_osd_time, 1);
-    driver::pick(form.ui.cbo_osd_gain, 1);
-    driver::click(form.ui.opt_mute[1]);
-    driver::type(form.ui.cbo_osd[1], QStringLiteral("6"), true);
-    driver::type(form.ui.cbo_osd_gain, QStringLiteral("4"), true);
-    QCOMPARE(linesUpToMarker(form, device),
-             (QStringList{QStringLiteral("SOSDV 6"), QStringLiteral("SOSDG 4")}));
-    QCOMPARE(boxes.texts(), QStringList());
-}
-
-void TestOutput::linkDown_data() {
-    QTest::addColumn<QString>("control");
-    QTest::addColumn<int>("key"); // 0: a pick or click
-    QTest::addColumn<bool>("clearsModel");
-    QTest::newRow("reso") << "cbo_reso" << 0 << true;
-    QTest::newRow("OSD display") << "cbo_info_play" << 0 << false;
-    QTest::newRow("V offset") << "cbo_osd(1)" << 0 << true;
-    QTest::newRow("timeout") << "cbo_osd_time" << 0 << true;
-    QTest::newRow("gain") << "cbo_osd_gain" << 0 << true;
-    QTest::newRow("mute") << "opt_mute(1)" << 0 << false;
-    QTest::newRow("H offset, Enter") << "cbo_osd(0)" << int(Qt::Key_Return) << true;
-    QTest::newRow("gain, any key") << "cbo_osd_gain" << int(Qt::Key_A) << true;
-}
-
-void TestOutput::linkDown() {
-    QFETCH(QString, control);
-    QFETCH(int, key);
-    QFETCH(bool, clearsModel);
-    FakeController device(QStringLiteral("127.40.5.1"));
-    device.answerLikeController();
-    device.reply(QStringLiteral("RMDN"), QStringLiteral("MODN001"));
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    driver::listDevices(form, {device.address(), QStringLiteral("127.40.5.2")});
-    driver::click(form.ui.btn_con);
-    form.show();
-    driver::click(form.ui.opt_io);
-    QCOMPARE(form.ui.cbo_model->currentIndex(), 1);
-    boxes.clear();
-    device.dropConnections();
-    QTRY_VERIFY(!form.linkUp());
-
-    if (key)
-        QTest::keyClick(find<QComboBox>(form, control)->lineEdit(), Qt::Key(key));
-    else
-        act(form, control, 2, QString());
-    QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Ethernet is disconnected !")});
-    QCOMPARE(boxes.seen().first().icon, QMessageBox::Critical);
-    QCOMPARE(form.ui.cbo_model->currentIndex(), clearsModel ? -1 : 1);
-    QVERIFY(!form.ui.frame_control[2]->isEnabled()); // offline
-}
-
-int main(int argc, char* argv[]) {
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QApplication app(argc, argv);
-    TestOutput test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(TestOutput)
 #include "test_output.moc"

@@ -2,249 +2,123 @@
 #include "support/formdriver.h"
 #include "support/messageboxanswerer.h"
 
-#include "virtualcontroller.h"
-
 #include <QCheckBox>
-#include <QGroupBox>
 #include <QPushButton>
-#include <QTest>
 
-// Power, model number and factory reset. Each test uses its own address in 127.42.0.0/16.
+// Power, model number and factory reset. Each test uses its own addresses in 127.42.0.0/16.
 class TestPower : public QObject {
     Q_OBJECT
+public:
+    static void initMain() { QApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
 private slots:
-    void powerStatusOnlyInforms();
-    void powerSwitch_data();
-    void powerSwitch();
-    void modelNumber();
-    void factoryReset_data();
-    void factoryReset();
-    void factoryResetLinkDown();
-    void withVirtualController();
+    void buttons_data();
+    void buttons();
+    void modelAndLinkDown();
 };
 
 namespace {
 
-// Three controllers, the second selected, the refresh done; lines cleared.
+// Three controllers, the second selected and answering, the refresh done.
 struct Bench {
-    Bench(const QString& net) {
-        QStringList addresses;
-        for (int i = 1; i <= 3; ++i) {
-            devices.push_back(std::make_unique<FakeController>(net + QString::number(i)));
-            devices.back()->answerLikeController();
-            devices.back()->reply(QStringLiteral("SPOW"), [](const QString& line) {
-                return line.endsWith(u'1') ? QByteArray("POWE001") : QByteArray("POWE000");
-            });
-            devices.back()->reply(QStringLiteral("SDEF"), QStringLiteral("DEFA"));
-            addresses << devices.back()->address();
-        }
-        driver::listDevices(form, addresses);
+    explicit Bench(const QString& net)
+        : devices{FakeController(net + '1'), FakeController(net + '2'), FakeController(net + '3')} {
+        devices[1].answerLikeController();
+        devices[1].reply("SPOW", [](auto line) { return "POWE00" + line.toLatin1().right(1); });
+        devices[1].reply("SDEF", "DEFA");
+        driver::listDevices(form, {net + '1', net + '2', net + '3'});
         form.ui.cbo_ipaddr->setCurrentIndex(1);
         driver::click(form.ui.btn_con);
-        form.show();
-        for (auto& device : devices) {
-            QTRY_COMPARE(device->connectionCount(), 1);
-            device->clear();
-        }
+        devices[1].clear();
         boxes.clear();
     }
-    // Lines each controller got before a marker sent to all after the action.
-    QList<QStringList> linesUpToMarker() {
-        form.sendAll("MARK\r\n");
-        QList<QStringList> all;
-        for (auto& device : devices) {
-            if (!QTest::qWaitFor([&] { return device->lines().contains(QStringLiteral("MARK")); }))
-                return {};
-            all << device->lines();
-            all.last().removeAll(QStringLiteral("MARK"));
+    // Compares what each controller got since the last call, up to a marker sent to all
+    // while the link is up.
+    void expect(const QStringList& toSelected, bool toAll) {
+        const QStringList mark = form.linkUp() ? QStringList{"MARK"} : QStringList();
+        form.sendAll("MARK\r\n"); // sends nothing when offline
+        for (int i = 0; i < 3; ++i) {
+            QTRY_COMPARE(devices[i].lines(), (i == 1 || toAll ? toSelected : QStringList()) + mark);
+            devices[i].clear();
         }
-        return all;
-    }
-    QList<QStringList> sentTo(bool all, const QString& line) {
-        const QStringList sent{line};
-        return {all ? sent : QStringList(), sent, all ? sent : QStringList()};
     }
 
-    std::vector<std::unique_ptr<FakeController>> devices;
+    std::array<FakeController, 3> devices;
     MessageBoxAnswerer boxes;
     Form1 form;
 };
 
-void whenReceived(FakeController& device, const QString& line, std::function<void()> check) {
-    QObject::connect(&device, &FakeController::lineReceived, &device, [=](const QString& got) {
-        if (got == line)
-            check();
-    });
-}
-
 } // namespace
 
-void TestPower::powerStatusOnlyInforms() {
-    Bench bench(QStringLiteral("127.42.1."));
-    bench.form.ui.Check1[0]->setChecked(true);
-    bench.form.ui.power_ctl[0]->click(); // hidden once the power state is known
-    QCOMPARE(bench.boxes.texts(),
-             QStringList{QStringLiteral("Click Refresh to Get Power Status !")});
-    QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Information);
-    QCOMPARE(bench.linesUpToMarker(), (QList<QStringList>(3)));
-}
-
-void TestPower::powerSwitch_data() {
-    QTest::addColumn<bool>("on");
+void TestPower::buttons_data() {
+    // allIp: the button's own "ALL IP" box ticked.
+    QTest::addColumn<QString>("button");
     QTest::addColumn<bool>("allIp");
-    QTest::newRow("ON") << true << false;
-    QTest::newRow("ON, ALL IP") << true << true;
-    QTest::newRow("OFF") << false << false;
-    QTest::newRow("OFF, ALL IP") << false << true;
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<bool>("online"); // afterwards
+    QTest::addColumn<QString>("message");
+    const QString none, state = "Click Refresh to Get Power Status !",
+                        done = "Reset completed ! Please reconnect the ethernet !";
+    QTest::newRow("power state") << "power_ctl(0)" << true << none << true << state;
+    QTest::newRow("power ON") << "power_ctl(1)" << false << "SPOW 1" << false << none;
+    QTest::newRow("power ON, ALL IP") << "power_ctl(1)" << true << "SPOW 1" << false << none;
+    QTest::newRow("power OFF") << "power_ctl(2)" << false << "SPOW 0" << true << none;
+    QTest::newRow("reset") << "btn_sys_fac_rst" << false << "SDEF" << false << done;
+    QTest::newRow("reset, ALL IP") << "btn_sys_fac_rst" << true << "SDEF" << false << done;
 }
 
-// Only the selected controller's "POWE" ends the wait. Power on gives the link up
-// afterwards, power off keeps it.
-void TestPower::powerSwitch() {
-    QFETCH(bool, on);
+// Only the selected controller's reply ends the wait. Power on and factory reset give the
+// link up, the reset before its message; nothing asks first.
+void TestPower::buttons() {
+    QFETCH(QString, button);
     QFETCH(bool, allIp);
-    Bench bench(QStringLiteral("127.42.2."));
-    Form1& form = bench.form;
-    const QString command = on ? QStringLiteral("SPOW 1") : QStringLiteral("SPOW 0");
-    bool waitingConnected = false;
-    whenReceived(*bench.devices[1], command,
-                 [&] { waitingConnected = form.w.wait_status == 1 && form.linkUp(); });
-    form.ui.Check1[0]->setChecked(allIp);
-    if (!on) { // the refresh showed "Power ON"; the button for off shows after a power-off read
-        form.ui.power_ctl[2]->setVisible(true);
-        form.ui.power_ctl[1]->setVisible(false);
-    }
+    QFETCH(QString, command);
+    QFETCH(bool, online);
+    QFETCH(QString, message);
+    Bench bench("127.42.2.");
+    const bool reset = button == "btn_sys_fac_rst";
+    const quint8& wait = reset ? bench.form.w.wait_default : bench.form.w.wait_status;
+    bench.form.ui.Check1[reset ? 1 : 0]->setChecked(allIp);
+    bool onlineAtMessage = online;
+    bench.boxes.hold(true);
+    const auto shown = [&] { return !bench.boxes.texts().isEmpty(); };
+    driver::when(&bench.form, shown, [&] {
+        onlineAtMessage = bench.form.linkUp();
+        bench.boxes.pressNow();
+    });
 
-    driver::click(form.ui.power_ctl[on ? 1 : 2]);
-    QVERIFY(waitingConnected);
-    QCOMPARE(form.w.wait_status, quint8(0));
-    QCOMPARE(form.linkUp(), !on);
-    QCOMPARE(form.ui.frame_control[0]->isEnabled(), !on);
-    QCOMPARE(form.ui.power_ctl[0]->isVisible(), on);
-    QVERIFY(bench.boxes.texts().isEmpty());
-    if (on) {
-        QTRY_COMPARE(bench.devices[1]->connectionCount(), 0);
-        for (int i = 0; i < 3; ++i)
-            QCOMPARE(bench.devices[i]->lines(), bench.sentTo(allIp, command)[i]);
-    } else {
-        QVERIFY(form.ui.power_ctl[2]->isVisible()); // the reply "POWE000" was shown
-        QCOMPARE(bench.linesUpToMarker(), bench.sentTo(allIp, command));
-    }
+    driver::click(driver::find<QPushButton>(bench.form, button)); // hidden ones too
+    QCOMPARE(wait, quint8(0));
+    QCOMPARE(bench.form.linkUp(), online);
+    QCOMPARE(bench.boxes.texts(), message.isNull() ? QStringList() : QStringList{message});
+    QCOMPARE(onlineAtMessage, online);
+    if (!message.isNull())
+        QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Information);
+    bench.expect(command.isNull() ? QStringList() : QStringList{command}, allIp);
 }
 
-// The model number goes to the selected controller whatever Check1 says, never while
-// the status read fills the list, and a dropped link clears the list's selection.
-void TestPower::modelNumber() {
-    Bench bench(QStringLiteral("127.42.3."));
-    Form1& form = bench.form;
-    bench.devices[1]->reply(QStringLiteral("RMDN"), QStringLiteral("MODN002"));
-    form.ui.Check1[0]->setChecked(true);
-    form.ui.Check1[1]->setChecked(true);
-    driver::click(form.ui.btn_sys_refresh); // sets the model list from "MODN002"
-    QCOMPARE(form.ui.cbo_model->currentIndex(), 2);
-    driver::pick(form.ui.cbo_model, 2);
-    form.w.wait_status = 4;
-    driver::pick(form.ui.cbo_model, 1);
-    form.w.wait_status = 0;
-    const QList<QStringList> lines = bench.linesUpToMarker();
-    QCOMPARE(lines.value(0), QStringList());
-    QCOMPARE(lines.value(1).filter(QStringLiteral("SMDN")), QStringList{QStringLiteral("SMDN 2")});
-    QCOMPARE(lines.value(2), QStringList());
+// The model number goes to the selected controller whatever the boxes say, never while
+// the status read sets the list. With the link down the factory reset's wait stays armed.
+void TestPower::modelAndLinkDown() {
+    Bench bench("127.42.3.");
+    bench.devices[1].reply("RMDN", "MODN002");
+    for (QCheckBox* box : bench.form.ui.Check1)
+        box->setChecked(true);
+    driver::click(bench.form.ui.btn_sys_refresh);
+    QCOMPARE(bench.form.ui.cbo_model->currentIndex(), 2);
+    QVERIFY(bench.devices[1].lines().filter("SMDN").isEmpty());
+    bench.devices[1].clear();
+    driver::pick(bench.form.ui.cbo_model, 2);
+    bench.expect({"SMDN 2"}, false);
 
     bench.boxes.clear();
-    bench.devices[1]->dropConnections();
-    QTRY_VERIFY(!form.linkUp());
-    driver::pick(form.ui.cbo_model, 1);
-    QCOMPARE(bench.boxes.texts(), QStringList{QStringLiteral("Ethernet is disconnected !")});
-    QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Critical);
-    QCOMPARE(form.ui.cbo_model->currentIndex(), -1);
-    QVERIFY(!form.ui.net_config->isEnabled());
-}
-
-void TestPower::factoryReset_data() {
-    QTest::addColumn<bool>("allIp");
-    QTest::newRow("selected") << false;
-    QTest::newRow("ALL IP") << true;
-}
-
-// No question first; the message comes only after "DEFA" and after going offline.
-void TestPower::factoryReset() {
-    QFETCH(bool, allIp);
-    Bench bench(QStringLiteral("127.42.4."));
-    Form1& form = bench.form;
-    form.ui.Check1[1]->setChecked(allIp);
-    bool waiting = false;
-    whenReceived(*bench.devices[1], QStringLiteral("SDEF"), [&] {
-        waiting = form.w.wait_default == 1 && form.linkUp() && bench.boxes.texts().isEmpty();
-    });
-    bool offlineAtMessage = false;
-    bench.boxes.hold(true);
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, &form, [&] {
-        if (!bench.boxes.texts().isEmpty()) {
-            offlineAtMessage = !form.linkUp() && !form.ui.btn_sys_fac_rst->isEnabled();
-            bench.boxes.pressNow();
-        }
-    });
-    watch.start(5);
-
-    driver::click(form.ui.btn_sys_fac_rst);
-    QVERIFY(waiting);
-    QCOMPARE(bench.boxes.texts(),
-             QStringList{QStringLiteral("Reset completed ! Please reconnect the ethernet !")});
-    QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Information);
-    QVERIFY(offlineAtMessage);
-    QCOMPARE(form.w.wait_default, quint8(0));
-    for (int i = 0; i < 3; ++i)
-        QCOMPARE(bench.devices[i]->lines(), bench.sentTo(allIp, QStringLiteral("SDEF"))[i]);
-}
-
-// The wait byte is armed before the link test and stays armed when it fails.
-void TestPower::factoryResetLinkDown() {
-    Bench bench(QStringLiteral("127.42.5."));
-    bench.devices[1]->dropConnections();
+    bench.devices[1].dropConnections();
     QTRY_VERIFY(!bench.form.linkUp());
     driver::click(bench.form.ui.btn_sys_fac_rst);
-    QCOMPARE(bench.boxes.texts(), QStringList{QStringLiteral("Ethernet is disconnected !")});
     QCOMPARE(bench.form.w.wait_default, quint8(1));
-    QVERIFY(!bench.form.ui.btn_sys_fac_rst->isEnabled());
+    driver::pick(bench.form.ui.cbo_model, 1);
+    QCOMPARE(bench.boxes.texts(), QStringList(2, "Ethernet is disconnected !"));
+    QCOMPARE(bench.form.ui.cbo_model->currentIndex(), -1);
 }
 
-void TestPower::withVirtualController() {
-    sim::VirtualController controller(1);
-    QVERIFY(controller.listen(QHostAddress(QStringLiteral("127.42.6.1"))));
-    MessageBoxAnswerer boxes;
-    Form1 form;
-    driver::listDevices(form, {QStringLiteral("127.42.6.1"), QStringLiteral("127.42.6.2"),
-                               QStringLiteral("127.42.6.3")});
-    driver::click(form.ui.btn_con);
-    form.show();
-    driver::pick(form.ui.cbo_model, 2);
-    QTRY_COMPARE(controller.state().model, 2);
-    driver::click(form.ui.power_ctl[1]); // shown "Power ON": the click sends power on
-    QVERIFY(!form.linkUp());
-    driver::click(form.ui.btn_con);
-    QVERIFY(form.ui.power_ctl[1]->isVisible());
-    QCOMPARE(form.ui.cbo_model->currentIndex(), 2);
-
-    form.ui.power_ctl[1]->setVisible(false);
-    form.ui.power_ctl[2]->setVisible(true);
-    driver::click(form.ui.power_ctl[2]);
-    QVERIFY(!controller.state().power);
-    QVERIFY(form.linkUp());
-    boxes.clear();
-    driver::click(form.ui.btn_sys_fac_rst);
-    QCOMPARE(boxes.texts(),
-             QStringList{QStringLiteral("Reset completed ! Please reconnect the ethernet !")});
-    QTRY_VERIFY(controller.state().power);
-    QVERIFY(controller.state().model != 2);
-}
-
-int main(int argc, char* argv[]) {
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QApplication app(argc, argv);
-    TestPower test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(TestPower)
 #include "test_power.moc"

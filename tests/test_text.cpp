@@ -111,12 +111,12 @@ void TestText::addressLine_data() {
     QTest::addColumn<QString>("line");
     QTest::addColumn<int>("index");
     QTest::addColumn<QString>("expected");
-    const QString three = QStringLiteral("192.168.001.010192.168.001.011010.000.000.099");
-    QTest::newRow("first") << three << 0 << "192.168.1.10";
-    QTest::newRow("second") << three << 1 << "192.168.1.11";
-    QTest::newRow("third") << three << 2 << "10.0.0.99";
+    const QString parsedLine = QStringLiteral("192.168.001.010192.168.001.011010.000.000.099");
+    QTest::newRow("parse first") << parsedLine << 0 << "192.168.1.10";
+    QTest::newRow("parse second") << parsedLine << 1 << "192.168.1.11";
+    QTest::newRow("parse third") << parsedLine << 2 << "10.0.0.99";
     QTest::newRow("blank padded octets") << "127.  0.  0.  7" << 0 << "127.0.0.7";
-    QTest::newRow("missing device") << three << 3 << "0.0.0.0";
+    QTest::newRow("missing device") << parsedLine << 3 << "0.0.0.0";
     QTest::newRow("cut short") << "127.000.0" << 0 << "127.0.0.0";
     QTest::newRow("not numbers") << "abc.def.ghi.jkl" << 0 << "0.0.0.0";
 }

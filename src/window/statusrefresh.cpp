@@ -12,6 +12,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <functional>
 
 StatusRefresh::StatusRefresh(Session& session, NetworkConfig& network, BezelCorrection& bezel,
                              IoSetup& io)
@@ -25,22 +26,18 @@ void StatusRefresh::RefreshAll() {
     QProgressBar* progress = s_.ui.ProgressBar1;
     progress->setVisible(true);
     progress->setValue(0);
-    ReadStatus();
-    if (s_.pump.cancelled())
-        return;
-    progress->setValue(30);
-    network_.btn_ip_get_Click();
-    if (s_.pump.cancelled())
-        return;
-    progress->setValue(60);
-    bezel_.btn_panomat_refresh_Click();
-    if (s_.pump.cancelled())
-        return;
-    progress->setValue(85);
-    io_.ReadIoSetup();
-    if (s_.pump.cancelled())
-        return;
-    progress->setValue(100);
+    // Each read runs its own link test and waits for its own replies.
+    const std::pair<std::function<void()>, int> reads[] = {
+        {[this] { ReadStatus(); }, 30},
+        {[this] { network_.btn_ip_get_Click(); }, 60},
+        {[this] { bezel_.btn_panomat_refresh_Click(); }, 85},
+        {[this] { io_.ReadIoSetup(); }, 100}};
+    for (const auto& [read, percent] : reads) {
+        read();
+        if (s_.pump.cancelled())
+            return;
+        progress->setValue(percent);
+    }
     s_.plain(QStringLiteral("Refresh completed !"));
     progress->setVisible(false);
     s_.UnlockPanels();

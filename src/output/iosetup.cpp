@@ -23,11 +23,9 @@ void IoSetup::ReadIoSetup() {
                                         "ROSDV", "ROSDG", "RMUTE"};
     s_.ui.btn_io_rst[0]->setEnabled(false);
     s_.w.wait_io = 1;
-    for (int step = 1; step <= 7; ++step) {
-        s_.send(command::line(QLatin1String(reads[step - 1])));
-        if (!s_.waitFor(s_.w.wait_io, step + 1))
-            return;
-    }
+    if (!s_.sendInTurn(s_.w.wait_io, 7,
+                       [](int k) { return command::line(QLatin1String(reads[k])); }))
+        return;
     s_.w.wait_io = 0;
     s_.ui.btn_io_rst[0]->setEnabled(true);
 }

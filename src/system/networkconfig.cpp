@@ -53,18 +53,16 @@ void NetworkConfig::btn_ip_set_Click() {
 
 // Mode, address, mask, gateway, restart: each only after the previous acknowledgement.
 void NetworkConfig::writeStatic() {
-    const std::pair<QByteArray, int> steps[] = {
-        {command::line(QStringLiteral("SIPM"), 1), 2},
-        {command::line(QStringLiteral("SIPA"), s_.ui.txt_ip->text()), 3},
-        {command::line(QStringLiteral("SMAA"), s_.ui.txt_net->text()), 4},
-        {command::line(QStringLiteral("SGAA"), s_.ui.txt_gate->text()), 5},
-        {command::line(QStringLiteral("SREL")), 6}};
+    // Each box is read when its line goes out.
+    const std::function<QByteArray()> steps[] = {
+        [] { return command::line(QStringLiteral("SIPM"), 1); },
+        [this] { return command::line(QStringLiteral("SIPA"), s_.ui.txt_ip->text()); },
+        [this] { return command::line(QStringLiteral("SMAA"), s_.ui.txt_net->text()); },
+        [this] { return command::line(QStringLiteral("SGAA"), s_.ui.txt_gate->text()); },
+        [] { return command::line(QStringLiteral("SREL")); }};
     s_.w.wait_net_set = 1;
-    for (const auto& [line, next] : steps) {
-        s_.send(line);
-        if (!s_.waitFor(s_.w.wait_net_set, next))
-            return;
-    }
+    if (!s_.sendInTurn(s_.w.wait_net_set, 5, [&steps](int k) { return steps[k](); }))
+        return;
     s_.w.wait_net_set = 0;
     s_.information(QStringLiteral("Set STATIC IP completed, please re-link the ethernet !"));
     s_.SetOffline();

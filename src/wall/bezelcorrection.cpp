@@ -38,16 +38,14 @@ void BezelCorrection::btn_H_Bezel_send_Click() {
     if (w.wait_bezel != 0 || w.wait_wall_default != 0)
         return; // a Refresh or Reset is running
     w.wait_bezel_set = 1;
-    for (int n = 1; n <= 4; ++n) {
-        s_.send(command::line(QStringLiteral("SCBH"), n, s_.ui.cbo_val_H[n]->currentIndex()));
-        if (!s_.waitFor(w.wait_bezel_set, n + 1))
-            return;
-    }
-    for (int n = 1; n <= 4; ++n) {
-        s_.send(command::line(QStringLiteral("SCBV"), n, s_.ui.cbo_val_V[n]->currentIndex()));
-        if (!s_.waitFor(w.wait_bezel_set, n + 5))
-            return;
-    }
+    // Outputs 1-4 of the H column, then of the V column; each box is read in its turn.
+    const bool sent = s_.sendInTurn(w.wait_bezel_set, 8, [this](int k) {
+        const int n = k % 4 + 1;
+        QComboBox* box = k < 4 ? s_.ui.cbo_val_H[n] : s_.ui.cbo_val_V[n];
+        return command::line(QLatin1String(k < 4 ? "SCBH" : "SCBV"), n, box->currentIndex());
+    });
+    if (!sent)
+        return;
     w.wait_bezel_set = 0;
     w.wait_status = 4;
     s_.send(command::line(QStringLiteral("RBEZ")));
@@ -61,16 +59,11 @@ void BezelCorrection::btn_panomat_refresh_Click() {
         return;
     WaitBytes& w = s_.w;
     w.wait_bezel = 1;
-    for (int n = 1; n <= 4; ++n) {
-        s_.send(command::line(QStringLiteral("RCBH"), n));
-        if (!s_.waitFor(w.wait_bezel, n + 1))
-            return;
-    }
-    for (int n = 1; n <= 4; ++n) {
-        s_.send(command::line(QStringLiteral("RCBV"), n));
-        if (!s_.waitFor(w.wait_bezel, n + 5))
-            return;
-    }
+    const bool read = s_.sendInTurn(w.wait_bezel, 8, [](int k) {
+        return command::line(QLatin1String(k < 4 ? "RCBH" : "RCBV"), k % 4 + 1);
+    });
+    if (!read)
+        return;
     w.wait_bezel = 0;
 }
 

@@ -39,6 +39,17 @@ bool Session::waitFor(const quint8& byte, int value) {
     return pump.until([&] { return byte == value; });
 }
 
+bool Session::sendInTurn(const quint8& step, int count,
+                         const std::function<QByteArray(int)>& lineAt) {
+    const int first = step;
+    for (int k = 0; k < count; ++k) {
+        send(lineAt(k));
+        if (!waitFor(step, first + k + 1))
+            return false;
+    }
+    return true;
+}
+
 QMessageBox::StandardButton Session::message(QMessageBox::Icon icon, const QString& text,
                                              QMessageBox::StandardButtons buttons) {
     if (pump.cancelled())

@@ -52,6 +52,11 @@ public:
     // the caller stops without sending or showing anything more.
     bool waitFor(const quint8& byte, int value);
 
+    // A read or write sequence: count lines to the selected controller, each only after
+    // the reply to the one before has moved step on by one. lineAt(k) builds line k when
+    // its turn comes. False when the window is closing.
+    bool sendInTurn(const quint8& step, int count, const std::function<QByteArray(int)>& lineAt);
+
     // Modal message boxes with the application's name as title. Nothing is shown once
     // the window is closing.
     QMessageBox::StandardButton message(QMessageBox::Icon icon, const QString& text,

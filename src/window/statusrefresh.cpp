@@ -48,11 +48,9 @@ void StatusRefresh::ReadStatus() {
         return;
     static const char* const reads[] = {"RPOW", "RMDN", "RBY", "RBEZ", "RVER"};
     s_.w.wait_status = 1;
-    for (int step = 1; step <= 5; ++step) {
-        s_.send(command::line(QLatin1String(reads[step - 1])));
-        if (!s_.waitFor(s_.w.wait_status, step + 1))
-            return;
-    }
+    if (!s_.sendInTurn(s_.w.wait_status, 5,
+                       [](int k) { return command::line(QLatin1String(reads[k])); }))
+        return;
     s_.w.wait_status = 0;
 }
 

@@ -28,6 +28,7 @@ struct Bench {
         driver::listDevices(form, {net + '1', net + '2', net + '3'});
         form.ui.cbo_ipaddr->setCurrentIndex(1);
         driver::click(form.ui.btn_con);
+        driver::click(form.ui.opt_io);
         received();
         boxes.clear();
     }
@@ -80,6 +81,7 @@ void TestOutput::setters_data() {
     QTest::newRow("H loose lower") << "cbo_osd(0)" << 2 << "-0.5\r" << "SOSDH -0.5";
     QTest::newRow("gain typed 10") << "cbo_osd_gain" << 5 << "10\r" << "SOSDG 10";
     QTest::newRow("no Enter") << "cbo_osd_gain" << 5 << "5" << "";
+    QTest::newRow("Tab picks nothing") << "cbo_osd(0)" << 2 << "13\t" << "";
     QTest::newRow("V 21") << "cbo_osd(1)" << 3 << "21\r" << "Please type 0 ~ 20";
     QTest::newRow("V abc") << "cbo_osd(1)" << 3 << "abc\r" << "Please type 0 ~ 20";
     QTest::newRow("gain 11") << "cbo_osd_gain" << 5 << "11\r" << "Please type 0 ~ 10";

@@ -4,6 +4,7 @@
 
 #include <QCheckBox>
 #include <QPushButton>
+#include <QRadioButton>
 
 // Picture read, resets and setters. Each test uses its own addresses in 127.41.0.0/16.
 class TestPicture : public QObject {
@@ -48,6 +49,7 @@ struct Bench {
         for (const char* read : {"RBRI", "RCON", "RSAT", "RHUE"})
             first.reply(read, readReply);
         driver::connectTo(form, {first.address(), second.address()});
+        driver::click(form.ui.opt_image);
         first.clear();
         boxes.clear();
     }

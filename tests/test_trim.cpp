@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QScrollBar>
 
 // Each test function uses its own address in 127.31.0.0/16.
@@ -18,6 +19,7 @@ struct Trims {
         device.answerLikeController();
         form.show();
         driver::connectTo(form, {device.address()});
+        driver::click(form.ui.opt_tv4);
         device.clear();
         boxes.clear(); // the connect's own message
     }
@@ -55,7 +57,8 @@ private slots:
 
     void barSends_data() {
         QTest::addColumn<int>("index");
-        QTest::addColumn<int>("action"); // 0 set by code, 1 click in the trough, 2 drag
+        // 0 set by code, 1 click on the right arrow, 2 drag, 3 key Right, 4 key Home
+        QTest::addColumn<int>("action");
         QTest::addColumn<int>("position");
         QTest::addColumn<QString>("label");
         QTest::addColumn<QByteArray>("bytes"); // two blanks after the keyword
@@ -65,7 +68,9 @@ private slots:
         QTest::newRow("V start C") << 10 << 0 << 510 << "+255" << QByteArray("SPCVS  3 255\r\n");
         QTest::newRow("zero trim") << 3 << 0 << 255 << "+0" << QByteArray("SPCHS  4 0\r\n");
         QTest::newRow("V start D") << 11 << 0 << 254 << "-1" << QByteArray("SMCVS  4 1\r\n");
-        QTest::newRow("trough, by one") << 4 << 1 << 256 << "+1" << QByteArray("SPCHE  1 1\r\n");
+        QTest::newRow("arrow, by one") << 4 << 1 << 256 << "+1" << QByteArray("SPCHE  1 1\r\n");
+        QTest::newRow("key Right") << 9 << 3 << 300 << "+45" << QByteArray("SPCVS  2 45\r\n");
+        QTest::newRow("key Home") << 15 << 4 << 0 << "-255" << QByteArray("SMCVE  4 255\r\n");
         QTest::newRow("drag") << 4 << 2 << 400 << "+145" << QByteArray("SPCHE  1 145\r\n");
     }
 
@@ -77,11 +82,14 @@ private slots:
         QFETCH(QByteArray, bytes);
         Trims trims(1);
         QScrollBar* bar = trims.bar(index);
-        trims.setQuietly(index, action == 1 ? position - 1 : (position + 1) % 511);
+        const bool fromBelow = action == 1 || action == 3;
+        trims.setQuietly(index, fromBelow ? position - 1 : (position + 1) % 511);
         if (action == 0) {
             bar->setValue(position);
         } else if (action == 1) {
-            bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
+            driver::clickAt(bar, QPoint(bar->width() - 4, bar->height() / 2));
+        } else if (action >= 3) {
+            driver::key(bar, action == 3 ? Qt::Key_Right : Qt::Key_Home);
         } else { // a drag shows where the thumb is and sends only where it is let go
             bar->setSliderDown(true);
             bar->setSliderPosition(position);

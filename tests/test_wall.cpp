@@ -27,6 +27,7 @@ struct Wall {
         }
         form.show();
         driver::connectTo(form, addresses);
+        driver::click(form.ui.opt_tv2);
         for (auto& fake : fakes) {
             QTRY_COMPARE(fake->acceptedCount(), 1);
             fake->clear();

@@ -4,11 +4,21 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QScrollBar>
 
 namespace events {
 
 namespace {
 
+bool isEnter(const QEvent* event) {
+    if (event->type() != QEvent::KeyPress)
+        return false;
+    const int key = static_cast<const QKeyEvent*>(event)->key();
+    return key == Qt::Key_Return || key == Qt::Key_Enter;
+}
+
+// A focused editable list hands its keys to its line edit by a direct call, so the
+// filters sit on the list itself, where a person's key arrives first.
 class KeyDownFilter : public QObject {
 public:
     KeyDownFilter(QObject* parent, std::function<void(int)> handler)
@@ -18,9 +28,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() != QEvent::KeyPress)
             return QObject::eventFilter(watched, event);
-        const int key = static_cast<QKeyEvent*>(event)->key();
-        const bool enter = key == Qt::Key_Return || key == Qt::Key_Enter;
-        handler_(enter ? KeyEnter : key);
+        const bool enter = isEnter(event);
+        handler_(enter ? KeyEnter : static_cast<QKeyEvent*>(event)->key());
         return enter;
     }
 
@@ -28,7 +37,45 @@ private:
     std::function<void(int)> handler_;
 };
 
+class InputRules : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        auto* widget = static_cast<QWidget*>(watched);
+        if (event->type() == QEvent::Wheel && !widget->hasFocus()) {
+            event->ignore(); // on to the page, which may scroll
+            return true;
+        }
+        // Enter in an editable list would pick the item that matches the text.
+        auto* box = qobject_cast<QComboBox*>(watched);
+        if (box && box->isEditable() && isEnter(event))
+            return true;
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+void installRules(QWidget* widget) {
+    widget->setFocusPolicy(Qt::StrongFocus); // the wheel alone gives no focus
+    widget->installEventFilter(new InputRules(widget));
+}
+
 } // namespace
+
+void followListRules(QComboBox* box) {
+    installRules(box);
+    if (!box->isEditable())
+        return;
+    box->setCompleter(nullptr);
+    // Leaving the text (Tab, a click elsewhere) would pick the item that matches it.
+    QObject::disconnect(box->lineEdit(), &QLineEdit::editingFinished, box, nullptr);
+}
+
+void followBarRules(QScrollBar* bar) {
+    installRules(bar);
+    bar->setInvertedControls(false);
+}
 
 void onClick(QComboBox* box, std::function<void()> handler) {
     QObject::connect(box, &QComboBox::activated, box, [h = std::move(handler)] { h(); });
@@ -40,7 +87,7 @@ void onChange(QComboBox* box, std::function<void()> handler) {
 }
 
 void onKeyDown(QComboBox* box, std::function<void(int)> handler) {
-    box->lineEdit()->installEventFilter(new KeyDownFilter(box, std::move(handler)));
+    box->installEventFilter(new KeyDownFilter(box, std::move(handler)));
 }
 
 bool setListIndex(QComboBox* box, int index) {

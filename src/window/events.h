@@ -4,6 +4,7 @@
 
 class QComboBox;
 class QRadioButton;
+class QScrollBar;
 
 // The old window's event rules on Qt widgets. A list's Click runs on every pick by the
 // user, also of the item already chosen, and when code sets its index; an editable
@@ -12,9 +13,20 @@ namespace events {
 
 constexpr int KeyEnter = 13;
 
+// Rules every list follows from its creation: it reacts to the mouse wheel only while
+// it has keyboard focus, so scrolling past it never changes a live controller. An
+// editable list never picks an item by itself: Enter, Tab and leaving it commit nothing,
+// and typed text is never completed.
+void followListRules(QComboBox* box);
+
+// Scroll bars take focus by Tab and click; each arrow key, PageUp/PageDown, Home and
+// End is one change, in the direction the key points; the wheel needs focus too.
+void followBarRules(QScrollBar* bar);
+
 void onClick(QComboBox* box, std::function<void()> handler);
 void onChange(QComboBox* box, std::function<void()> handler);
-// Enter is taken by the handler: it never also picks a matching item.
+// Sees every key pressed while the list has focus, before the list acts on it; Enter
+// is taken by the handler.
 void onKeyDown(QComboBox* box, std::function<void(int keyCode)> handler);
 
 // Sets the list index from code and raises the list's Click. -1 clears the selection;

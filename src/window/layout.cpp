@@ -1,5 +1,7 @@
 #include "window/controls.h"
 
+#include "window/events.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
@@ -35,16 +37,19 @@ QCheckBox* allIp(const QString& name) {
 QComboBox* list(const QString& name) {
     auto* box = named(new QComboBox, name);
     box->setMaxVisibleItems(16);
+    events::followListRules(box);
     return box;
 }
 
 // An editable list shows a hint until a value is read or chosen, and never keeps what
 // is typed as a new item.
 QComboBox* editableList(const QString& name, const QString& hint) {
-    auto* box = list(name);
+    auto* box = named(new QComboBox, name);
+    box->setMaxVisibleItems(16);
     box->setEditable(true);
     box->setInsertPolicy(QComboBox::NoInsert);
     box->setEditText(hint);
+    events::followListRules(box);
     return box;
 }
 
@@ -366,6 +371,7 @@ void buildPositionPage(QGroupBox* page, Controls& ui) {
         for (int n = 0; n < 4; ++n) {
             const int i = g * 4 + n;
             ui.HS_A[i] = named(new QScrollBar(Qt::Horizontal), indexed("HS_A", i));
+            events::followBarRules(ui.HS_A[i]);
             ui.HS_A[i]->setMinimumWidth(110);
             ui.value_posi[i] = named(label(QStringLiteral("Value")), indexed("value_posi", i));
             ui.value_posi[i]->setMinimumWidth(36);

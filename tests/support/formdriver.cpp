@@ -1,7 +1,8 @@
 #include "support/formdriver.h"
 
+#include <QAbstractItemView>
+#include <QApplication>
 #include <QGroupBox>
-#include <QLineEdit>
 #include <QPushButton>
 #include <memory>
 
@@ -31,9 +32,44 @@ void connectTo(Form1& form, const QStringList& addresses) {
     click(find<QPushButton>(form, QStringLiteral("btn_con")));
 }
 
+namespace {
+
+// A person's keys reach the focus widget of the active window.
+QWidget* focusOn(QWidget* control) {
+    QWidget* window = control->window();
+    if (QApplication::activeWindow() != window) {
+        window->show();
+        window->activateWindow();
+        if (!QTest::qWaitFor([window] { return QApplication::activeWindow() == window; }))
+            qFatal("the window did not become active");
+    }
+    control->setFocus(Qt::OtherFocusReason);
+    if (QApplication::focusWidget() != control)
+        qFatal("%s takes no focus", qPrintable(control->objectName()));
+    return control;
+}
+
+// A key goes to the widget that has focus when it is pressed: once a handler has
+// disabled the list (offline), the rest of the keys go elsewhere. A closed message box
+// hands activation back to the window, as a window manager does before the next key.
+void toFocus(QWidget* window, const std::function<void(QWidget*)>& press) {
+    if (!QApplication::activeWindow()) {
+        window->activateWindow();
+        (void)QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
+    }
+    if (QWidget* focus = QApplication::focusWidget())
+        press(focus);
+}
+
+} // namespace
+
 void pick(QComboBox* box, int index) {
-    box->setCurrentIndex(index);
-    emit box->activated(index);
+    clickAt(box, QPoint(box->width() - 6, box->height() / 2)); // on the arrow
+    QAbstractItemView* list = box->view();
+    if (!list->isVisible())
+        qFatal("%s did not open", qPrintable(box->objectName()));
+    list->setCurrentIndex(box->model()->index(index, box->modelColumn())); // pointed at
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
 }
 
 void when(QObject* context, std::function<bool()> condition, std::function<void()> action) {
@@ -69,11 +105,24 @@ void click(QAbstractButton* button, int deadlineSeconds) {
         QTest::qFail("the handler was still waiting at the deadline", __FILE__, __LINE__);
 }
 
+void key(QWidget* control, Qt::Key key) {
+    QTest::keyClick(focusOn(control), key);
+}
+
+void clickAt(QWidget* control, QPoint point) {
+    focusOn(control);
+    QTest::mouseClick(control, Qt::LeftButton, {}, point);
+}
+
 void type(QComboBox* box, const QString& text, bool enter) {
-    box->lineEdit()->clear();
-    QTest::keyClicks(box->lineEdit(), text);
+    QWidget* window = focusOn(box)->window();
+    toFocus(window, [](QWidget* focus) { QTest::keyPress(focus, Qt::Key_Control); });
+    toFocus(window, [](QWidget* focus) { QTest::keyClick(focus, Qt::Key_A, Qt::ControlModifier); });
+    toFocus(window, [](QWidget* focus) { QTest::keyRelease(focus, Qt::Key_Control); });
+    for (const QChar c : text)
+        toFocus(window, [c](QWidget* focus) { QTest::keyClick(focus, c.toLatin1()); });
     if (enter)
-        QTest::keyClick(box->lineEdit(), Qt::Key_Return);
+        toFocus(window, [](QWidget* focus) { QTest::keyClick(focus, Qt::Key_Return); });
 }
 
 } // namespace driver

@@ -41,10 +41,18 @@ void when(QObject* context, std::function<bool()> condition, std::function<void(
 // fails instead of hanging.
 void click(QAbstractButton* button, int deadlineSeconds = 20);
 
-// Picks an item as the operator does from the drop-down.
+// Picks an item as the operator does: a click on the arrow opens the list, then the
+// item is pointed at and taken with Enter.
 void pick(QComboBox* box, int index);
 
-// Types text into an editable list, one key at a time, then optionally presses Enter.
+// Focuses a control and presses one key, as a person does.
+void key(QWidget* control, Qt::Key key);
+
+// Clicks a point of a control with the left button.
+void clickAt(QWidget* control, QPoint point);
+
+// Focuses an editable list, selects its text and types over it one key at a time, then
+// optionally presses Enter. Keys go to the focus widget, where a person's keys arrive.
 void type(QComboBox* box, const QString& text, bool enter = false);
 
 } // namespace driver

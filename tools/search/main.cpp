@@ -5,6 +5,7 @@
 #include "zedaprobe.h"
 #include "zedaresults.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -38,6 +39,14 @@ HostList configuredHosts(const QString& folder) {
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(PANOMAT_VERSION));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Probes the configured hosts on TCP port 23 for video-wall controllers\n"
+                       "and writes MAC.txt and IP.txt beside the program."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.process(app);
     const QString folder = QCoreApplication::applicationDirPath();
     QElapsedTimer clock;
     clock.start();

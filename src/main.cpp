@@ -6,6 +6,7 @@
 int main(int argc, char* argv[]) {
     QApplication::setApplicationName(QStringLiteral("Panomat Set"));
     QApplication::setApplicationVersion(QStringLiteral(PANOMAT_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral(PANOMAT_APP_ID));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(

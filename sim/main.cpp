@@ -64,6 +64,7 @@ Options parse(const QCoreApplication& app) {
         "or controller numbers such as 2 or 1,3, and may be repeated, e.g.\n"
         "  --latency 200 --silent 2:RBY,RVER --drop-after 3:10"));
     p.addHelpOption();
+    p.addVersionOption();
     p.addOption({{QStringLiteral("n"), QStringLiteral("devices")},
                  QStringLiteral("Number of controllers (default 4)."),
                  QStringLiteral("N")});
@@ -147,6 +148,7 @@ void print(const QString& line) {
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("panomat-sim"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(PANOMAT_VERSION));
     const Options o = parse(app);
 
     sim::Simulator simulator;

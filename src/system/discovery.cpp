@@ -12,6 +12,7 @@
 #include <QGroupBox>
 #include <QProcess>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QTextStream>
 #include <optional>
 
@@ -29,6 +30,28 @@ constexpr int AddressField = 15;
 
 QString besideTool(const QString& name) {
     return QDir(QCoreApplication::applicationDirPath()).filePath(name);
+}
+
+// Beside the tool (a build tree, a copy of the tool's folder); else where an
+// installation keeps its private programs, PANOMAT_HELPER_DIR relative to the tool.
+QString searchProgram() {
+    const QString beside = besideTool(SearchProgram);
+    if (QFileInfo(beside).isFile())
+        return beside;
+    const QString installed =
+        QDir::cleanPath(besideTool(QStringLiteral(PANOMAT_HELPER_DIR "/") + SearchProgram));
+    return QFileInfo(installed).isFile() ? installed : beside;
+}
+
+// The result files stay beside the tool when the search program is there too and the
+// folder can be written. Otherwise (installed, or a read-only copy) they go to the
+// user's data folder, ~/.local/share/panomat-set, and the search is told so.
+QString resultFolder(const QString& program) {
+    const QString folder = QCoreApplication::applicationDirPath();
+    if (QFileInfo(program).absolutePath() == folder && QFileInfo(folder).isWritable())
+        return folder;
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
+        .filePath(QStringLiteral("panomat-set"));
 }
 
 // All lines of a text file, or nothing when it cannot be opened.
@@ -63,7 +86,7 @@ DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session) {
 void DeviceDiscovery::btn_sys_search_Click() {
     if (running_)
         return; // one search at a time
-    const QString program = besideTool(SearchProgram);
+    const QString program = searchProgram();
     if (!QFileInfo(program).isFile()) {
         s_.exclamation(QStringLiteral("Cannot find %1 in %2 !")
                            .arg(SearchProgram,
@@ -72,14 +95,15 @@ void DeviceDiscovery::btn_sys_search_Click() {
     }
     s_.SetOffline();
     s_.ui.cbo_ipaddr->clear();
+    const QDir results(resultFolder(program));
     running_ = true;
-    const bool ran = runSearchProgram();
+    const bool ran = runSearchProgram(program, results.path());
     running_ = false;
     if (!ran)
         return;
 
-    const std::optional<QStringList> macLines = readLines(besideTool(MacFile));
-    const std::optional<QStringList> ipLines = readLines(besideTool(IpFile));
+    const std::optional<QStringList> macLines = readLines(results.filePath(MacFile));
+    const std::optional<QStringList> ipLines = readLines(results.filePath(IpFile));
     if (!macLines || !ipLines) {
         s_.exclamation(QStringLiteral("%1 left no readable %2 !")
                            .arg(SearchProgram, macLines ? IpFile : MacFile));
@@ -117,9 +141,11 @@ void DeviceDiscovery::btn_sys_search_Click() {
 
 // Runs the search program and waits for it to end, the window staying live. False
 // when it could not be started or the window is closing.
-bool DeviceDiscovery::runSearchProgram() {
+bool DeviceDiscovery::runSearchProgram(const QString& program, const QString& results) {
     QProcess tool;
-    tool.setProgram(besideTool(SearchProgram));
+    tool.setProgram(program);
+    if (results != QCoreApplication::applicationDirPath())
+        tool.setArguments({QStringLiteral("--output-dir"), results});
     tool.setWorkingDirectory(QCoreApplication::applicationDirPath());
     tool.setProcessChannelMode(QProcess::ForwardedChannels);
 #ifdef Q_OS_WIN

@@ -6,7 +6,8 @@
 class Session;
 
 // "Search MAC": runs the search program beside the tool and builds the device list
-// from the two files it leaves there.
+// from the two files it leaves there. An installed tool finds the program in its
+// private folder and has the files written to the user's data folder.
 class DeviceDiscovery {
 public:
     static constexpr int MaxDevices = 255;
@@ -16,7 +17,7 @@ public:
     void btn_sys_search_Click();
 
 private:
-    bool runSearchProgram();
+    bool runSearchProgram(const QString& program, const QString& results);
     void FillModelList();
 
     Session& s_;

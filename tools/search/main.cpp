@@ -1,14 +1,17 @@
 // ZEDA.exe: finds the video-wall controllers among the hosts its configuration names
-// and writes MAC.txt and IP.txt beside itself for the configuration tool.
+// and writes MAC.txt and IP.txt for the configuration tool: beside itself, or where
+// --output-dir says (an installed tool cannot write its own folder).
 
 #include "zedahosts.h"
 #include "zedaprobe.h"
 #include "zedaresults.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QStandardPaths>
 #include <cstdio>
 
 namespace {
@@ -17,14 +20,20 @@ void say(const QString& text) {
     std::fprintf(stderr, "ZEDA: %s\n", qPrintable(text));
 }
 
-// The environment variable wins over the file beside the program.
+// The environment variable wins; then the user's panomat-set/ZEDA.conf in the XDG
+// configuration folder (~/.config), the system's (/etc/xdg), and last the list that
+// ships beside the program.
 HostList configuredHosts(const QString& folder) {
     const QString fromEnv = qEnvironmentVariable("ZEDA_HOSTS").trimmed();
     if (!fromEnv.isEmpty()) {
         say(QStringLiteral("hosts from ZEDA_HOSTS"));
         return parseHostList(fromEnv);
     }
-    QFile conf(QDir(folder).filePath(QStringLiteral("ZEDA.conf")));
+    QString path = QStandardPaths::locate(QStandardPaths::GenericConfigLocation,
+                                          QStringLiteral("panomat-set/ZEDA.conf"));
+    if (path.isEmpty())
+        path = QDir(folder).filePath(QStringLiteral("ZEDA.conf"));
+    QFile conf(path);
     if (!conf.open(QIODevice::ReadOnly | QIODevice::Text)) {
         say(QStringLiteral("no hosts to probe: %1 cannot be read (%2) and ZEDA_HOSTS is not set")
                 .arg(QDir::toNativeSeparators(conf.fileName()), conf.errorString()));
@@ -38,7 +47,20 @@ HostList configuredHosts(const QString& folder) {
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(PANOMAT_VERSION));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Probes the configured hosts on TCP port 23 for video-wall controllers\n"
+                       "and writes MAC.txt and IP.txt beside the program."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption outputDir(QStringLiteral("output-dir"),
+                                       QStringLiteral("Write the result files into <dir> instead."),
+                                       QStringLiteral("dir"));
+    parser.addOption(outputDir);
+    parser.process(app);
     const QString folder = QCoreApplication::applicationDirPath();
+    const QString results = parser.isSet(outputDir) ? parser.value(outputDir) : folder;
     QElapsedTimer clock;
     clock.start();
 
@@ -66,7 +88,9 @@ int main(int argc, char* argv[]) {
         devices.append({f.address, neighbours.value(f.address, derivedMac(f.address))});
 
     QString error;
-    if (!writeResultFiles(folder, devices, &error)) {
+    if (!QDir().mkpath(results))
+        error = QStringLiteral("cannot create %1").arg(QDir::toNativeSeparators(results));
+    if (!error.isEmpty() || !writeResultFiles(results, devices, &error)) {
         say(error);
         return 1;
     }
@@ -77,6 +101,6 @@ int main(int argc, char* argv[]) {
             .arg(list.hosts.size())
             .arg(list.hosts.size() == 1 ? "" : "s")
             .arg(clock.elapsed() / 1000.0, 0, 'f', 1)
-            .arg(QDir::toNativeSeparators(folder)));
+            .arg(QDir::toNativeSeparators(results)));
     return 0;
 }

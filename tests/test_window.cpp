@@ -11,6 +11,7 @@
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QTest>
+#include <cmath>
 
 using driver::find;
 
@@ -30,12 +31,30 @@ private slots:
     void tenDevicesConnect();
     void textInfoShowsLatestChunkOfSelectedSocket();
     void closingEndsRunningWait();
+    void colouredButtonsReadableAndSteady();
 
 private:
     static QColor buttonColour(Form1& form, const char* name) {
         return find<QPushButton>(form, QLatin1String(name))->palette().color(QPalette::Button);
     }
 };
+
+namespace {
+
+// WCAG contrast ratio of two colours, 1 to 21.
+double contrast(const QColor& a, const QColor& b) {
+    auto luminance = [](const QColor& c) {
+        auto channel = [](double v) {
+            return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) +
+               0.0722 * channel(c.blueF());
+    };
+    const double la = luminance(a), lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+} // namespace
 
 void TestWindow::startupState() {
     Form1 form;
@@ -273,6 +292,29 @@ void TestWindow::closingEndsRunningWait() {
     QTRY_VERIFY(closedDuringWait);
     QVERIFY(!result);
     QVERIFY(form.pump.cancelled());
+}
+
+// The green and red buttons keep their colours and readable text, enabled or not (the
+// disabled red "Disconnect" at start-up, the disabled green "Power ON" during a refresh),
+// and the system buttons stay put when the progress bar appears.
+void TestWindow::colouredButtonsReadableAndSteady() {
+    Form1 form;
+    form.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&form));
+    for (const char* name : {"btn_discon", "power_ctl(1)", "power_ctl(2)"}) {
+        auto* button = find<QPushButton>(form, QLatin1String(name));
+        for (QPalette::ColorGroup group : {QPalette::Active, QPalette::Disabled}) {
+            const QPalette& palette = button->palette();
+            const double ratio = contrast(palette.color(group, QPalette::ButtonText),
+                                          palette.color(group, QPalette::Button));
+            QVERIFY2(ratio >= 4.5, qPrintable(QStringLiteral("%1: %2:1").arg(name).arg(ratio)));
+        }
+    }
+    auto* search = find<QPushButton>(form, QStringLiteral("btn_sys_search"));
+    const QPoint before = search->mapTo(&form, QPoint(0, 0));
+    find<QProgressBar>(form, QStringLiteral("ProgressBar1"))->setVisible(true);
+    QTest::qWait(20);
+    QCOMPARE(search->mapTo(&form, QPoint(0, 0)), before);
 }
 
 int main(int argc, char* argv[]) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QPoint>
+#include <QSize>
 #include <array>
 
 class QCheckBox;
@@ -102,8 +104,17 @@ struct Controls {
     std::array<QPushButton*, 2> btn_posi{};
 };
 
+class QColor;
 class QWidget;
 
-// Creates every control on central, laid out, captions and initial texts set; lists
-// stay empty (start-up fills them).
-void buildControls(QWidget* central, Controls& ui);
+// Where the pages' top left corner lies in the window, and the least size of a page.
+constexpr QPoint PageCorner(128, 208);
+constexpr QSize PageSize(764, 440);
+
+// Creates every control on content with its layouts, captions and initial texts set;
+// lists stay empty (start-up fills them).
+void buildControls(QWidget* content, Controls& ui);
+
+// A button's back colour (its palette's Button colour), text kept readable on it.
+void setBackColour(QWidget* button, const QColor& colour);
+void clearBackColour(QWidget* button);

@@ -27,25 +27,22 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QSignalBlocker>
 
-namespace {
-
-// The page rectangle's corner: 1920 by 3120 twips at 15 twips a pixel.
-constexpr int PageLeft = 128;
-constexpr int PageTop = 208;
-constexpr QSize PageSize(764, 440);
-
-} // namespace
-
 Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
-    auto* central = new QWidget(this);
-    central->setFixedSize(PageLeft + PageSize.width() + 8, PageTop + PageSize.height() + 8);
-    setCentralWidget(central);
-    buildControls(central, ui);
-    for (QGroupBox* page : ui.frame_control)
-        page->setGeometry(QRect(QPoint(PageLeft, PageTop), PageSize));
+    // On a screen smaller than the window (a laptop at double scale) the content
+    // scrolls, so that every control can still be reached.
+    auto* area = new QScrollArea(this);
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    auto* content = new QWidget;
+    buildControls(content, ui);
+    area->setWidget(content);
+    setCentralWidget(area);
+    resize(content->sizeHint().boundedTo(screen()->availableGeometry().size()));
 
     dispatcher_ = std::make_unique<ReplyDispatcher>(link, [this] { return selected(); });
     connect(dispatcher_.get(), &ReplyDispatcher::chunkReceived, this, [this](const QString& chunk) {
@@ -188,11 +185,10 @@ void Form1::fillLists() {
     fill(ui.cbo_osd_time, numbers(2, 50, legacy::plainText));
 }
 
+// All pages share one place in the layout, at the pages' corner.
 void Form1::ShowPage(int page) {
     for (int i = 0; i < 6; ++i)
         ui.frame_control[i]->setVisible(i == page);
-    if (page >= 0 && page < 6)
-        ui.frame_control[page]->move(PageLeft, PageTop);
 }
 
 void Form1::setPageFramesEnabled(bool enabled) {
@@ -214,12 +210,6 @@ void Form1::UnlockPanels() {
     ui.sys_setting->setEnabled(true);
 }
 
-void Form1::setButtonColour(QWidget* button, const QColor& colour) {
-    QPalette palette = button->palette();
-    palette.setColor(QPalette::Button, colour);
-    button->setPalette(palette);
-}
-
 void Form1::SetOffline() {
     if (at_startup) {
         at_startup = false;
@@ -227,8 +217,8 @@ void Form1::SetOffline() {
         for (int i = 0; i < deviceCount(); ++i)
             link.close(i);
     }
-    setButtonColour(ui.btn_discon, QColor(255, 0, 0));
-    setButtonColour(ui.btn_con, QApplication::palette(ui.btn_con).color(QPalette::Button));
+    setBackColour(ui.btn_discon, Qt::red);
+    clearBackColour(ui.btn_con);
     ui.lbl_con[2]->setVisible(false);
     ui.net_config->setEnabled(false);
     setPageFramesEnabled(false);
@@ -246,8 +236,8 @@ void Form1::SetOffline() {
 }
 
 void Form1::setConnectedState() {
-    setButtonColour(ui.btn_con, QColor(0, 255, 0));
-    setButtonColour(ui.btn_discon, QApplication::palette(ui.btn_discon).color(QPalette::Button));
+    setBackColour(ui.btn_con, Qt::green);
+    clearBackColour(ui.btn_discon);
     ui.lbl_con[2]->setVisible(false);
     ui.net_config->setEnabled(true);
     setPageFramesEnabled(true);

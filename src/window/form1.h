@@ -50,7 +50,6 @@ private:
     void plugReplyHandlers();
     void setConnectedState();
     void setPageFramesEnabled(bool enabled);
-    void setButtonColour(QWidget* button, const QColor& colour);
     bool waitForSelected();
 
     std::unique_ptr<ReplyDispatcher> dispatcher_;

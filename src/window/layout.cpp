@@ -2,6 +2,7 @@
 
 #include "window/events.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
@@ -57,15 +58,12 @@ QLabel* label(const QString& text) {
     return new QLabel(text);
 }
 
-QGroupBox* frame(const QString& name, const QString& caption, QWidget* parent) {
-    auto* box = named(new QGroupBox(caption, parent), name);
-    return box;
+QGroupBox* frame(const QString& name, const QString& caption) {
+    return named(new QGroupBox(caption), name);
 }
 
-void buildConnectInterface(QWidget* central, Controls& ui) {
-    ui.con_interface =
-        frame(QStringLiteral("con_interface"), QStringLiteral("Connect Interface"), central);
-    ui.con_interface->setGeometry(8, 4, 300, 128);
+void buildConnectInterface(Controls& ui) {
+    ui.con_interface = frame(QStringLiteral("con_interface"), QStringLiteral("Connect Interface"));
     auto* grid = new QGridLayout(ui.con_interface);
     for (int i = 0; i < 3; ++i) {
         static const char* captions[] = {"MAC :", "Model No.", "Connecting..."};
@@ -88,10 +86,8 @@ void buildConnectInterface(QWidget* central, Controls& ui) {
     grid->setColumnStretch(2, 1);
 }
 
-void buildSystemSettings(QWidget* central, Controls& ui) {
-    ui.sys_setting =
-        frame(QStringLiteral("sys_setting"), QStringLiteral("System Settings"), central);
-    ui.sys_setting->setGeometry(316, 4, 300, 196);
+void buildSystemSettings(Controls& ui) {
+    ui.sys_setting = frame(QStringLiteral("sys_setting"), QStringLiteral("System Settings"));
     auto* grid = new QGridLayout(ui.sys_setting);
     static const char* powerCaptions[] = {"Power", "Power ON", "Power OFF"};
     for (int i = 0; i < 3; ++i) {
@@ -99,12 +95,8 @@ void buildSystemSettings(QWidget* central, Controls& ui) {
         ui.power_ctl[i]->setAutoFillBackground(true);
         grid->addWidget(ui.power_ctl[i], 0, 0); // one place: only one is ever visible
     }
-    QPalette on = ui.power_ctl[1]->palette();
-    on.setColor(QPalette::Button, QColor(0, 255, 0));
-    ui.power_ctl[1]->setPalette(on);
-    QPalette off = ui.power_ctl[2]->palette();
-    off.setColor(QPalette::Button, QColor(255, 0, 0));
-    ui.power_ctl[2]->setPalette(off);
+    setBackColour(ui.power_ctl[1], Qt::green);
+    setBackColour(ui.power_ctl[2], Qt::red);
     ui.Check1[0] = allIp(indexed("Check1", 0));
     ui.Check1[1] = allIp(indexed("Check1", 1));
     ui.btn_sys_fac_rst = button(QStringLiteral("btn_sys_fac_rst"), QStringLiteral("Factory Reset"));
@@ -114,19 +106,19 @@ void buildSystemSettings(QWidget* central, Controls& ui) {
     ui.ProgressBar1->setRange(0, 100);
     ui.ProgressBar1->setValue(0);
     ui.ProgressBar1->setVisible(false);
+    QSizePolicy keepPlace = ui.ProgressBar1->sizePolicy(); // the buttons above never move
+    keepPlace.setRetainSizeWhenHidden(true);
+    ui.ProgressBar1->setSizePolicy(keepPlace);
     grid->addWidget(ui.Check1[0], 0, 1);
     grid->addWidget(ui.btn_sys_fac_rst, 1, 0);
     grid->addWidget(ui.Check1[1], 1, 1);
     grid->addWidget(ui.btn_sys_search, 2, 0);
     grid->addWidget(ui.btn_sys_refresh, 2, 1);
     grid->addWidget(ui.ProgressBar1, 3, 0, 1, 2);
-    grid->setRowMinimumHeight(3, 24);
 }
 
-void buildNetworkConfig(QWidget* central, Controls& ui) {
-    ui.net_config =
-        frame(QStringLiteral("net_config"), QStringLiteral("Network Configuration"), central);
-    ui.net_config->setGeometry(624, 4, 268, 196);
+void buildNetworkConfig(Controls& ui) {
+    ui.net_config = frame(QStringLiteral("net_config"), QStringLiteral("Network Configuration"));
     auto* grid = new QGridLayout(ui.net_config);
     ui.txt_ip = named(new QLineEdit, QStringLiteral("txt_ip"));
     ui.txt_net = named(new QLineEdit, QStringLiteral("txt_net"));
@@ -151,11 +143,8 @@ void buildNetworkConfig(QWidget* central, Controls& ui) {
     grid->setColumnStretch(1, 1);
 }
 
-void buildPageSelectors(QWidget* central, Controls& ui) {
-    auto* column = new QWidget(central);
-    column->setGeometry(8, 216, 116, 220);
-    auto* box = new QVBoxLayout(column);
-    box->setContentsMargins(0, 0, 0, 0);
+QVBoxLayout* pageSelectors(Controls& ui) {
+    auto* box = new QVBoxLayout;
     auto add = [&](QRadioButton*& opt, const char* name, const char* caption) {
         opt = named(new QRadioButton(QLatin1String(caption)), QLatin1String(name));
         box->addWidget(opt);
@@ -168,6 +157,7 @@ void buildPageSelectors(QWidget* central, Controls& ui) {
     add(ui.opt_image, "opt_image", "Image Adjust");
     box->addStretch();
     ui.opt_tv1->setChecked(true);
+    return box;
 }
 
 void buildHotKeyPage(QGroupBox* page, Controls& ui) {
@@ -387,27 +377,87 @@ void buildPositionPage(QGroupBox* page, Controls& ui) {
     grid->setRowStretch(6, 1);
 }
 
-} // namespace
-
-void buildControls(QWidget* central, Controls& ui) {
-    buildConnectInterface(central, ui);
-    buildSystemSettings(central, ui);
-    buildNetworkConfig(central, ui);
-    buildPageSelectors(central, ui);
-
-    ui.TextInfo = named(new QLineEdit(central), QStringLiteral("TextInfo"));
+// The connection frame with TextInfo under it, then the system and network frames.
+QHBoxLayout* topRow(Controls& ui) {
+    buildConnectInterface(ui);
+    buildSystemSettings(ui);
+    buildNetworkConfig(ui);
+    ui.TextInfo = named(new QLineEdit, QStringLiteral("TextInfo"));
     ui.TextInfo->setReadOnly(true);
-    ui.TextInfo->setGeometry(8, 150, 300, 28);
+    auto* left = new QVBoxLayout;
+    left->addWidget(ui.con_interface);
+    left->addSpacing(10);
+    left->addWidget(ui.TextInfo);
+    left->addStretch();
+    auto* row = new QHBoxLayout;
+    row->addLayout(left, 300);
+    row->addWidget(ui.sys_setting, 300);
+    row->addWidget(ui.net_config, 268);
+    return row;
+}
 
+// All six pages share one cell, each keeping its place while hidden, so the cell is
+// as large as the largest page and nothing moves when pages are switched.
+QGridLayout* pageCell(Controls& ui) {
     static const char* captions[] = {"Panomat Setup", "Panomat Setup", "I/O Setup",
                                      "Image Adjust",  "Panomat Setup", "Panomat Setup"};
-    for (int i = 0; i < 6; ++i)
-        ui.frame_control[i] =
-            frame(indexed("frame_control", i), QLatin1String(captions[i]), central);
+    auto* cell = new QGridLayout;
+    for (int i = 0; i < 6; ++i) {
+        ui.frame_control[i] = frame(indexed("frame_control", i), QLatin1String(captions[i]));
+        QSizePolicy keepPlace(QSizePolicy::Expanding, QSizePolicy::Expanding);
+        keepPlace.setRetainSizeWhenHidden(true);
+        ui.frame_control[i]->setSizePolicy(keepPlace);
+        ui.frame_control[i]->setMinimumSize(PageSize);
+        cell->addWidget(ui.frame_control[i], 0, 0);
+    }
     buildHotKeyPage(ui.frame_control[0], ui);
     buildWallPage(ui.frame_control[1], ui);
     buildIoPage(ui.frame_control[2], ui);
     buildPicturePage(ui.frame_control[3], ui);
     buildFavouritesPage(ui.frame_control[4], ui);
     buildPositionPage(ui.frame_control[5], ui);
+    return cell;
+}
+
+} // namespace
+
+void setBackColour(QWidget* button, const QColor& colour) {
+    QPalette palette = QApplication::palette(button);
+    palette.setColor(QPalette::Button, colour);
+    // The style greys a disabled button's text, which all but vanishes on green or red:
+    // a disabled coloured button keeps black or white text, whichever reads better.
+    const bool light = colour.lightnessF() >= 0.5 || colour.greenF() > 0.6;
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, light ? Qt::black : Qt::white);
+    button->setPalette(palette);
+}
+
+void clearBackColour(QWidget* button) {
+    button->setPalette(QApplication::palette(button));
+}
+
+void buildControls(QWidget* content, Controls& ui) {
+    // With the usual font the pages' corner comes out at PageCorner, as the window was
+    // drawn; larger fonts or a larger scale push it out rather than squeeze the frames.
+    constexpr int Margin = 8, Top = 4, Spacing = 8;
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(Margin, Top, Margin, Margin);
+    column->setSpacing(Spacing);
+    QHBoxLayout* top = topRow(ui);
+    auto* topHolder = new QWidget;
+    topHolder->setLayout(top);
+    top->setContentsMargins(0, 0, 0, 0);
+    top->setSpacing(Spacing);
+    topHolder->setMinimumHeight(PageCorner.y() - Top - Spacing);
+    column->addWidget(topHolder);
+
+    auto* bottom = new QHBoxLayout;
+    bottom->setSpacing(Spacing);
+    auto* selectors = new QWidget;
+    QVBoxLayout* options = pageSelectors(ui);
+    options->setContentsMargins(0, 0, 0, 0);
+    selectors->setLayout(options);
+    selectors->setMinimumWidth(PageCorner.x() - Margin - Spacing);
+    bottom->addWidget(selectors);
+    bottom->addLayout(pageCell(ui), 1);
+    column->addLayout(bottom, 1);
 }

@@ -1,0 +1,59 @@
+// Takes the screenshots in docs/screenshots: the whole X screen, as a person sees it,
+// with the window searched, connected and read back from virtual controllers.
+// scripts/screenshots runs it on a virtual screen the size of a small laptop's.
+
+#include "simulator.h"
+#include "support/messageboxanswerer.h"
+#include "window/form1.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
+#include <cstdio>
+
+namespace {
+
+bool shoot(const QString& path) {
+    QTest::qWait(300); // painted
+    const bool saved = QGuiApplication::primaryScreen()->grabWindow(0).save(path);
+    std::fprintf(stderr, "%s %s\n", saved ? "wrote" : "could not write", qPrintable(path));
+    return saved;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication app(argc, argv);
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: %s PREFIX   (writes PREFIX.png, PREFIX-scrolled.png)\n",
+                     argv[0]);
+        return 2;
+    }
+    const QString prefix = QString::fromLocal8Bit(argv[1]);
+    sim::Simulator wall;
+    if (!wall.start(QHostAddress(QStringLiteral("127.24.0.1")), 4)) {
+        std::fprintf(stderr, "%s\n", qPrintable(wall.errorString()));
+        return 1;
+    }
+    qputenv("ZEDA_HOSTS", "127.24.0.1-127.24.0.4");
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    form.move(0, 0);
+    form.show();
+    if (!QTest::qWaitForWindowExposed(&form))
+        return 1;
+    form.findChild<QPushButton*>(QStringLiteral("btn_sys_search"))->click();
+    form.ui.btn_con->click();
+    form.ui.opt_tv2->click();
+    if (!shoot(prefix + QStringLiteral(".png")))
+        return 1;
+    // The far corner: the picture page's buttons, scrolled to where they can be reached.
+    form.ui.opt_image->click();
+    form.findChild<QScrollArea*>()->ensureWidgetVisible(form.ui.btn_img_rst[5]);
+    return shoot(prefix + QStringLiteral("-scrolled.png")) ? 0 : 1;
+}

@@ -10,6 +10,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScrollBar>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 #include <cmath>
 
@@ -32,6 +34,9 @@ private slots:
     void textInfoShowsLatestChunkOfSelectedSocket();
     void closingEndsRunningWait();
     void colouredButtonsReadableAndSteady();
+    void stopWaitingLeavesAStrandedWait_data();
+    void stopWaitingLeavesAStrandedWait();
+    void floodFromAnotherControllerIsNotTakenIn();
 
 private:
     static QColor buttonColour(Form1& form, const char* name) {
@@ -315,6 +320,120 @@ void TestWindow::colouredButtonsReadableAndSteady() {
     find<QProgressBar>(form, QStringLiteral("ProgressBar1"))->setVisible(true);
     QTest::qWait(20);
     QCOMPARE(search->mapTo(&form, QPoint(0, 0)), before);
+}
+
+void TestWindow::stopWaitingLeavesAStrandedWait_data() {
+    QTest::addColumn<bool>("escape");     // else the status bar's button
+    QTest::addColumn<bool>("secondRead"); // bezel Refresh pressed again while the first waits
+    QTest::newRow("button, dropped mid-refresh") << false << false;
+    QTest::newRow("Escape, dropped mid-refresh") << true << false;
+    QTest::newRow("button, two bezel reads") << false << true;
+}
+
+// A read whose controller went away waits for ever with the panels locked; "Stop
+// waiting" ends it (and a read started on top of it) without sending or showing anything
+// more, unlocks the panels and goes offline. Connecting again then works as before.
+void TestWindow::stopWaitingLeavesAStrandedWait() {
+    QFETCH(bool, escape);
+    QFETCH(bool, secondRead);
+    FakeController device(QStringLiteral("127.10.9.1"));
+    device.answerLikeController();
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    form.show();
+    QVERIFY(QTest::qWaitForWindowActive(&form));
+    auto* stop = find<QPushButton>(form, QStringLiteral("btn_stop_waiting"));
+    QVERIFY(!stop->isEnabled());
+    driver::connectTo(form, {device.address()});
+    auto* bezelRefresh = find<QPushButton>(form, QStringLiteral("btn_panomat_refresh"));
+    driver::click(form.ui.opt_tv2);
+    // The refresh stalls at the status read's "RBEZ", the bezel read at "RCBV 1".
+    const QString stall = secondRead ? QStringLiteral("RCBV 1") : QStringLiteral("RBEZ");
+    device.silence(stall.left(4));
+    boxes.clear();
+    device.clear();
+
+    int sentWhenStopped = -1;
+    driver::when(
+        &form, [&] { return device.lines().contains(stall); },
+        [&] {
+            if (secondRead) {
+                device.clear();
+                driver::when(
+                    &form, [&] { return device.lines().contains(stall); },
+                    [&] {
+                        sentWhenStopped = int(device.lines().size());
+                        driver::click(stop);
+                    });
+                driver::click(bezelRefresh); // the first read's wait goes on meanwhile
+                return;
+            }
+            device.dropConnections();
+            driver::when(
+                &form, [&] { return !form.linkUp(); },
+                [&] {
+                    QVERIFY(!stop->parentWidget()->isHidden() && stop->isEnabled());
+                    QVERIFY(!form.ui.sys_setting->isEnabled()); // locked, Disconnect too
+                    sentWhenStopped = int(device.lines().size());
+                    if (escape) { // through the window, where shortcuts are matched
+                        form.activateWindow();
+                        QVERIFY(
+                            QTest::qWaitFor([&] { return QApplication::activeWindow() == &form; }));
+                        QTest::keyClick(form.windowHandle(), Qt::Key_Escape);
+                    } else {
+                        driver::click(stop);
+                    }
+                });
+        });
+    if (secondRead)
+        driver::click(bezelRefresh);
+    else
+        driver::click(form.ui.btn_sys_refresh);
+    QTest::qWait(50);
+    QCOMPARE(int(device.lines().size()), sentWhenStopped);
+    QCOMPARE(boxes.texts(), QStringList());
+    QVERIFY(!stop->isEnabled());
+    QVERIFY(!form.ui.ProgressBar1->isVisible());
+    QVERIFY(form.ui.con_interface->isEnabled() && form.ui.sys_setting->isEnabled());
+    QVERIFY(form.ui.btn_sys_search->isEnabled());
+    QVERIFY(!form.ui.frame_control[1]->isEnabled() && !form.is_connected); // offline
+
+    device.speak(stall.left(4));
+    driver::click(form.ui.btn_con);
+    QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Refresh completed !")});
+    QVERIFY(form.ui.frame_control[1]->isEnabled() && form.ui.btn_panomat_refresh->isEnabled());
+}
+
+// A listed controller that is not selected is never read; whatever it sends must not
+// pile up in the window. The flood is written as fast as the connection takes it.
+void TestWindow::floodFromAnotherControllerIsNotTakenIn() {
+    constexpr qint64 Chunk = 256 * 1024, Flood = 64 * 1024 * 1024;
+    FakeController selected(QStringLiteral("127.10.10.1"));
+    selected.answerLikeController();
+    QTcpServer flooder;
+    QVERIFY(flooder.listen(QHostAddress(QStringLiteral("127.10.10.2")), 23));
+    qint64 written = 0;
+    QTcpSocket* victim = nullptr;
+    QTimer pump;
+    QObject::connect(&pump, &QTimer::timeout, [&] {
+        if (!victim && flooder.hasPendingConnections())
+            victim = flooder.nextPendingConnection();
+        while (victim && written < Flood && victim->bytesToWrite() < Chunk)
+            written += victim->write(QByteArray(Chunk, 'x'));
+    });
+    pump.start(1);
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    driver::connectTo(form, {selected.address(), QStringLiteral("127.10.10.2")});
+    QVERIFY(QTest::qWaitFor([&] { return victim != nullptr; }));
+    qint64 taken = -1;
+    for (int still = 0; still < 10 && written < Flood; QTest::qWait(50)) { // settled
+        const qint64 now = written - victim->bytesToWrite();
+        still = now == taken ? still + 1 : 0;
+        taken = now;
+    }
+    QVERIFY2(taken < 16 * 1024 * 1024, qPrintable(QStringLiteral("%1 bytes taken").arg(taken)));
+    QVERIFY(form.linkUp());
 }
 
 int main(int argc, char* argv[]) {

@@ -18,6 +18,9 @@ void DeviceLink::connectTo(int index, const QString& host) {
     while (static_cast<int>(sockets_.size()) <= index) {
         const int i = static_cast<int>(sockets_.size());
         auto* s = new QTcpSocket(this);
+        // Only the selected controller's socket is read: what another one sends stays
+        // in the system's buffers beyond this, and the sender is held back.
+        s->setReadBufferSize(ReadBufferBytes);
         connect(s, &QTcpSocket::readyRead, this, [this, i] { emit dataArrived(i); });
         sockets_.push_back(s);
     }

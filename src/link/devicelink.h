@@ -13,6 +13,7 @@ class DeviceLink : public QObject {
     Q_OBJECT
 public:
     static constexpr quint16 ControllerPort = 23;
+    static constexpr qint64 ReadBufferBytes = 64 * 1024;
 
     explicit DeviceLink(QObject* parent = nullptr);
     ~DeviceLink() override;

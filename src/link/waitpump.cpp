@@ -17,10 +17,33 @@ bool WaitPump::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
 }
 
+void WaitPump::stop() {
+    if (depth_ > 0)
+        stopping_ = true;
+}
+
+void WaitPump::enter() {
+    if (depth_++ == 0)
+        emit waitingChanged(true);
+}
+
+// While stopping, no wait pumps and no message box is shown, so the first events
+// processed after the last wait has ended are those of the application's own loop:
+// by then every stopped handler has returned.
+void WaitPump::leave() {
+    if (--depth_ > 0)
+        return;
+    emit waitingChanged(false);
+    if (stopping_)
+        QTimer::singleShot(0, this, [this] { stopping_ = depth_ > 0; });
+}
+
 bool WaitPump::until(const std::function<bool()>& done) {
-    while (!cancelled_ && !done())
+    enter();
+    while (!cancelled() && !done())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return !cancelled_;
+    leave();
+    return !cancelled();
 }
 
 bool WaitPump::untilConnected(const std::function<bool()>& connected) {
@@ -28,12 +51,17 @@ bool WaitPump::untilConnected(const std::function<bool()>& connected) {
     QTimer tick;
     tick.setInterval(1);
     tick.start();
+    enter();
     int passes = 0;
-    while (!cancelled_ && !connected()) {
+    bool failed = false;
+    while (!cancelled() && !connected()) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        if (passes > ConnectPassLimit)
-            return false;
+        if (passes > ConnectPassLimit) {
+            failed = true;
+            break;
+        }
         ++passes;
     }
-    return !cancelled_;
+    leave();
+    return !failed && !cancelled();
 }

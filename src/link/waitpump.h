@@ -9,6 +9,8 @@
 //
 // Once cancelled (the window closed or the application is quitting) every wait ends at
 // once and returns false; the caller then stops without sending or showing anything.
+// stop() does the same for the waits running now only: once their handlers have
+// unwound to the application's own loop, waits work again.
 class WaitPump : public QObject {
     Q_OBJECT
 public:
@@ -17,7 +19,7 @@ public:
 
     explicit WaitPump(QObject* parent = nullptr);
 
-    // Pump until done() holds. No time-out: only cancel() ends it early.
+    // Pump until done() holds. No time-out: only cancel() or stop() ends it early.
     bool until(const std::function<bool()>& done);
 
     // Pump one pass at a time (at most about 1 ms each) until connected() holds;
@@ -25,11 +27,23 @@ public:
     bool untilConnected(const std::function<bool()>& connected);
 
     void cancel() { cancelled_ = true; }
-    bool cancelled() const { return cancelled_; }
+    void stop();
+    // True while closing, and while stopped handlers unwind.
+    bool cancelled() const { return cancelled_ || stopping_; }
+    bool waiting() const { return depth_ > 0; }
+
+signals:
+    // A first wait has begun, or the last running one has ended.
+    void waitingChanged(bool waiting);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void enter();
+    void leave();
+
     bool cancelled_ = false;
+    bool stopping_ = false;
+    int depth_ = 0; // waits running, nested in one another
 };

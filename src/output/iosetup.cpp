@@ -21,13 +21,12 @@ void IoSetup::ReadIoSetup() {
         return;
     static const char* const reads[] = {"RRES",  "ROSDD", "ROSDT", "ROSDH",
                                         "ROSDV", "ROSDG", "RMUTE"};
-    s_.ui.btn_io_rst[0]->setEnabled(false);
+    const BusyButtons busy{s_.ui.btn_io_rst[0]};
     s_.w.wait_io = 1;
     if (!s_.sendInTurn(s_.w.wait_io, 7,
                        [](int k) { return command::line(QLatin1String(reads[k])); }))
         return;
     s_.w.wait_io = 0;
-    s_.ui.btn_io_rst[0]->setEnabled(true);
 }
 
 // Each list set here raises its Click; the setters stay silent while wait_io is busy.

@@ -33,7 +33,7 @@ PictureRead::PictureRead(Session& session) : s_(session) {
 void PictureRead::ReadPicture() {
     if (!s_.guard())
         return;
-    s_.ui.btn_img_rst[RefreshButton]->setEnabled(false);
+    const BusyButtons busy{s_.ui.btn_img_rst[RefreshButton]};
     s_.w.wait_image = 1;
     for (int step = 1; step <= 16; ++step) {
         const int parameter = (step - 1) / 4;
@@ -43,7 +43,6 @@ void PictureRead::ReadPicture() {
             return;
     }
     s_.w.wait_image = 0;
-    s_.ui.btn_img_rst[RefreshButton]->setEnabled(true);
 }
 
 // A picture value reply carries its key in characters 8-11 and the value in 12-14;

@@ -93,8 +93,7 @@ void PositionTrim::ReadPositionTrim() {
         return;
     Controls& ui = s_.ui;
     s_.w.wait_posi = 1;
-    ui.btn_posi[0]->setEnabled(false);
-    ui.btn_posi[1]->setEnabled(false);
+    const BusyButtons busy{ui.btn_posi[0], ui.btn_posi[1]};
     ui.ProgressBar1->setVisible(true);
     ui.ProgressBar1->setValue(0);
     for (int k = 1; k <= 16; ++k) {
@@ -107,8 +106,6 @@ void PositionTrim::ReadPositionTrim() {
     }
     s_.w.wait_posi = 0;
     ui.ProgressBar1->setVisible(false);
-    ui.btn_posi[0]->setEnabled(true);
-    ui.btn_posi[1]->setEnabled(true);
 }
 
 // The output is the one asked for at this step; the reply's characters 5-7 are not

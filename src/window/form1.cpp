@@ -30,7 +30,9 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QShortcut>
 #include <QSignalBlocker>
+#include <QStatusBar>
 
 Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
     // On a screen smaller than the window (a laptop at double scale) the content
@@ -42,7 +44,6 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
     buildControls(content, ui);
     area->setWidget(content);
     setCentralWidget(area);
-    resize(content->sizeHint().boundedTo(screen()->availableGeometry().size()));
 
     dispatcher_ = std::make_unique<ReplyDispatcher>(link, [this] { return selected(); });
     connect(dispatcher_.get(), &ReplyDispatcher::chunkReceived, this, [this](const QString& chunk) {
@@ -71,8 +72,37 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
     events::onClick(ui.cbo_ipaddr, [this] { cbo_ipaddr_Click(); });
     connect(ui.btn_sys_refresh, &QPushButton::clicked, this, &Form1::RefreshAll);
 
+    buildStopWaiting();
     Form_Load();
     ShowPage(0);
+    const QSize whole = content->sizeHint() + QSize(0, statusBar()->sizeHint().height());
+    resize(whole.boundedTo(screen()->availableGeometry().size()));
+}
+
+// The operator's way out of a wait for a reply that never comes (reply waits have no
+// time-out): a button in the status bar, usable while the panels are locked, and Escape.
+void Form1::buildStopWaiting() {
+    auto* stop = new QPushButton(QStringLiteral("Stop waiting"));
+    stop->setObjectName(QStringLiteral("btn_stop_waiting"));
+    stop->setToolTip(QStringLiteral("Stop waiting for the controller and go offline (Esc)"));
+    stop->setEnabled(false);
+    statusBar()->addPermanentWidget(stop);
+    connect(stop, &QPushButton::clicked, this, &Form1::StopWaiting);
+    connect(&pump, &WaitPump::waitingChanged, stop, &QPushButton::setEnabled);
+    auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    connect(escape, &QShortcut::activated, this, &Form1::StopWaiting);
+}
+
+// Every running wait ends as on closing: the stopped handlers send and show nothing
+// more. Their half-done sequences are forgotten, and the window goes offline.
+void Form1::StopWaiting() {
+    if (!pump.waiting())
+        return;
+    pump.stop();
+    w = WaitBytes{};
+    ui.ProgressBar1->setVisible(false);
+    UnlockPanels();
+    SetOffline();
 }
 
 Form1::~Form1() = default;

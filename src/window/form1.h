@@ -39,12 +39,14 @@ public:
     void btn_con_Click();
     void cbo_ipaddr_Click();
     void btn_discon_Click();
+    void StopWaiting();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
     void Form_Load();
+    void buildStopWaiting();
     void fillLists();
     void connectPageSelectors();
     void plugReplyHandlers();

@@ -2,6 +2,7 @@
 
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QWidget>
 
 Session::Session(QWidget* window) : window_(window) {}
 
@@ -65,4 +66,14 @@ bool Session::askYes(const QString& text) {
 
 void Session::setTitle(const QString& title) {
     window_->setWindowTitle(title);
+}
+
+BusyButtons::BusyButtons(std::initializer_list<QWidget*> buttons) : buttons_(buttons) {
+    for (QWidget* button : buttons_)
+        button->setEnabled(false);
+}
+
+BusyButtons::~BusyButtons() {
+    for (QWidget* button : buttons_)
+        button->setEnabled(true);
 }

@@ -9,6 +9,8 @@
 #include <QMessageBox>
 #include <QStringList>
 #include <functional>
+#include <initializer_list>
+#include <vector>
 
 // What every feature shares with the window: the controls, the controller links, the
 // wait bytes, the device list and the window's own procedures. Form1 is the one Session.
@@ -71,4 +73,17 @@ public:
 
 private:
     QWidget* window_;
+};
+
+// A procedure's own buttons stay disabled while it runs and come back however it ends,
+// also when its wait is stopped.
+class BusyButtons {
+public:
+    explicit BusyButtons(std::initializer_list<QWidget*> buttons);
+    ~BusyButtons();
+    BusyButtons(const BusyButtons&) = delete;
+    BusyButtons& operator=(const BusyButtons&) = delete;
+
+private:
+    std::vector<QWidget*> buttons_;
 };

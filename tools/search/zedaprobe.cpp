@@ -6,7 +6,15 @@
 #include <algorithm>
 #include <memory>
 
-Prober::Prober(const Settings& settings, QObject* parent) : QObject(parent), settings_(settings) {}
+Prober::Prober(const Settings& settings, QObject* parent) : QObject(parent), settings_(settings) {
+    // A connect that fails at once (no route) reports inside connectToHost(). Hosts are
+    // launched from this timer only, so such a failure never launches the next host
+    // inside itself, however many fail so, and finished() never comes from start(),
+    // before the caller's event loop runs.
+    launcher_.setSingleShot(true);
+    launcher_.setInterval(0);
+    connect(&launcher_, &QTimer::timeout, this, &Prober::launchMore);
+}
 
 void Prober::start(const QList<quint32>& hosts) {
     hosts_ = hosts;
@@ -16,7 +24,7 @@ void Prober::start(const QList<quint32>& hosts) {
         QTimer::singleShot(0, this, &Prober::finished);
         return;
     }
-    launchMore();
+    launcher_.start();
 }
 
 QList<Prober::Found> Prober::found() const {
@@ -26,8 +34,11 @@ QList<Prober::Found> Prober::found() const {
     return sorted;
 }
 
+// At most `parallel` launches a turn, also when they fail at once: the sockets of
+// failed hosts are deleted between turns.
 void Prober::launchMore() {
-    while (running_ < settings_.parallel && next_ < hosts_.size())
+    for (int n = 0;
+         n < settings_.parallel && running_ < settings_.parallel && next_ < hosts_.size(); ++n)
         launch(hosts_[next_++]);
 }
 
@@ -77,5 +88,5 @@ void Prober::finish(QTcpSocket* socket, QTimer* timer, quint32 address, const QB
     if (done_ == hosts_.size())
         emit finished();
     else
-        launchMore();
+        launcher_.start();
 }

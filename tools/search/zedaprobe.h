@@ -3,14 +3,15 @@
 #include <QByteArray>
 #include <QList>
 #include <QObject>
+#include <QTimer>
 
 class QTcpSocket;
-class QTimer;
 
 // Asks every host at once (up to `parallel` at a time) whether it is a controller:
 // connect to the port, send "RVER\r\n", and a reply beginning with "VERS" within the
 // time-out says yes. Absent hosts on a LAN never answer the connect, so the
-// time-outs bound the whole search.
+// time-outs bound the whole search. finished() always comes from the event loop,
+// never from within start().
 class Prober : public QObject {
     Q_OBJECT
 public:
@@ -41,6 +42,7 @@ private:
     void finish(QTcpSocket* socket, QTimer* timer, quint32 address, const QByteArray& reply);
 
     Settings settings_;
+    QTimer launcher_;
     QList<quint32> hosts_;
     int next_ = 0;
     int running_ = 0;

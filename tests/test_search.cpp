@@ -89,10 +89,20 @@ private slots:
         sim::Simulator s; // .2 never answers "RVER", .3 and .4 are controllers
         QVERIFY(s.start(QHostAddress("127.21.42.2"), 3));
         s.setFaults(1, sim::Faults{.silent = {"RVER"}});
-        QTcpServer other; // .5 another service; .1, .6 and .7 absent
+        QTcpServer other; // .5 another service; .1 and .7 absent
         QVERIFY(other.listen(QHostAddress("127.21.42.5"), 23));
         connect(&other, &QTcpServer::newConnection, this,
                 [&] { other.nextPendingConnection()->write("login: "); });
+        QTcpServer talker; // .6 begins like a controller and never ends its line
+        QVERIFY(talker.listen(QHostAddress("127.21.42.6"), 23));
+        connect(&talker, &QTcpServer::newConnection, this, [&] {
+            QTcpSocket* s = talker.nextPendingConnection();
+            s->write("VERS");
+            connect(s, &QTcpSocket::bytesWritten, s, [s] {
+                if (s->state() == QAbstractSocket::ConnectedState && s->bytesToWrite() == 0)
+                    s->write(QByteArray(64 * 1024, '1'));
+            });
+        });
 
         // An old, longer MAC.txt beside the program must be replaced whole.
         SearchFolder folder;

@@ -48,6 +48,7 @@ void Prober::launch(quint32 address) {
     auto* timer = new QTimer(socket);
     const auto reply = std::make_shared<QByteArray>(); // lives as long as the handlers
     timer->setSingleShot(true);
+    socket->setReadBufferSize(MaxReplyBytes + 1);
 
     // Every path ends in finish() exactly once: the socket is disconnected from all
     // handlers there before it goes.
@@ -58,16 +59,19 @@ void Prober::launch(quint32 address) {
         socket->write("RVER\r\n");
         timer->start(settings_.replyTimeoutMs);
     });
-    connect(socket, &QTcpSocket::readyRead, socket, [=, this] {
-        *reply += socket->readAll();
-        if (reply->startsWith("VERS") && reply->contains('\n'))
-            finish(socket, timer, address, *reply);
-        else if (reply->size() >= 4 && !reply->startsWith("VERS"))
-            finish(socket, timer, address, {});
-    });
+    connect(socket, &QTcpSocket::readyRead, socket,
+            [=, this] { receive(socket, timer, address, reply.get()); });
 
     timer->start(settings_.connectTimeoutMs);
     socket->connectToHost(QHostAddress(address), settings_.port);
+}
+
+void Prober::receive(QTcpSocket* socket, QTimer* timer, quint32 address, QByteArray* reply) {
+    *reply += socket->read(MaxReplyBytes + 1 - reply->size());
+    if (reply->startsWith("VERS") && reply->contains('\n'))
+        finish(socket, timer, address, *reply);
+    else if (reply->size() > MaxReplyBytes || (reply->size() >= 4 && !reply->startsWith("VERS")))
+        finish(socket, timer, address, {});
 }
 
 void Prober::finish(QTcpSocket* socket, QTimer* timer, quint32 address, const QByteArray& reply) {

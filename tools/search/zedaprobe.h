@@ -21,6 +21,9 @@ public:
         int replyTimeoutMs = 1500;
         int parallel = 256;
     };
+    // "VERS102\r\n" is nine bytes; a host that runs on longer is not a controller.
+    static constexpr qsizetype MaxReplyBytes = 64;
+
     struct Found {
         quint32 address;
         QByteArray version; // the "VERS..." reply without its line end
@@ -39,6 +42,7 @@ signals:
 private:
     void launchMore();
     void launch(quint32 address);
+    void receive(QTcpSocket* socket, QTimer* timer, quint32 address, QByteArray* reply);
     void finish(QTcpSocket* socket, QTimer* timer, quint32 address, const QByteArray& reply);
 
     Settings settings_;

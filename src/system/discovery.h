@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 
+class QProcess;
 class Session;
 
 // "Search MAC": runs the search program beside the tool and builds the device list
@@ -16,7 +17,9 @@ public:
     void btn_sys_search_Click();
 
 private:
+    bool removeOldResults();
     bool runSearchProgram();
+    bool endedWell(const QProcess& tool);
     void FillModelList();
 
     Session& s_;

@@ -8,16 +8,26 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
+#include <algorithm>
 #include <deque>
 #include <functional>
 #include <optional>
+#include <utility>
 
 namespace sim {
 
 namespace {
 
+// What received() keeps: lines and bytes.
 constexpr int MaxReceivedKept = 10000;
-constexpr int MaxLineLength = 4096;
+constexpr qsizetype MaxReceivedBytes = 1 << 20;
+// Nothing the tool sends comes near this; a longer line is dropped whole.
+constexpr qsizetype MaxLineLength = 4096;
+// A connection holds at most this much unread input and this much unsent output,
+// and serves at most so many lines before other connections get their turn.
+constexpr qint64 MaxInputBytes = 64 * 1024;
+constexpr qint64 MaxOutputBytes = 64 * 1024;
+constexpr int LinesPerTurn = 64;
 
 QString printable(const QByteArray& bytes) {
     QString out;
@@ -56,9 +66,16 @@ public:
         sendTimer_.setTimerType(Qt::PreciseTimer);
         holdTimer_.setSingleShot(true);
         holdTimer_.setTimerType(Qt::PreciseTimer);
+        turnTimer_.setSingleShot(true);
         connect(&sendTimer_, &QTimer::timeout, this, [this] { pump(); });
         connect(&holdTimer_, &QTimer::timeout, this, [this] { releaseHeld(); });
-        connect(socket_, &QTcpSocket::readyRead, this, [this] { readLines(); });
+        connect(&turnTimer_, &QTimer::timeout, this, [this] { serve(); });
+        // Qt stops reading the socket when its buffer is full, so a client that sends
+        // faster than it is served is held back by TCP itself.
+        socket_->setReadBufferSize(MaxInputBytes);
+        connect(socket_, &QTcpSocket::readyRead, this, [this] { serve(); });
+        // Not served from here: bytesWritten comes from within a reply's own write.
+        connect(socket_, &QTcpSocket::bytesWritten, this, [this] { turnTimer_.start(); });
         connect(socket_, &QTcpSocket::disconnected, this, [this] { owner_->dropConnection(this); });
         peer_ =
             QStringLiteral("%1:%2").arg(socket_->peerAddress().toString()).arg(socket_->peerPort());
@@ -70,7 +87,7 @@ public:
     void enqueue(const QByteArray& bytes, std::function<void()> after) {
         if (bytes.isEmpty() && !after)
             return;
-        queue_.push_back({bytes, clock_.elapsed() + owner_->faults_.latencyMs, std::move(after)});
+        put({bytes, clock_.elapsed() + owner_->faults_.latencyMs, std::move(after)});
         pump();
     }
 
@@ -84,6 +101,7 @@ public:
     void closeNow() {
         closing_ = true;
         queue_.clear();
+        queuedBytes_ = 0;
         held_.reset();
         sendTimer_.stop();
         holdTimer_.stop();
@@ -91,34 +109,80 @@ public:
     }
 
 private:
-    void readLines() {
-        buffer_ += socket_->readAll();
-        while (!closing_) {
-            qsizetype end = -1;
-            for (qsizetype i = 0; i < buffer_.size(); ++i)
-                if (buffer_[i] == '\r' || buffer_[i] == '\n') {
-                    end = i;
-                    break;
-                }
-            if (end < 0)
-                break;
-            const QByteArray line = buffer_.left(end);
-            buffer_.remove(0, end + 1);
+    // Serves a turn of lines, then yields to the event loop. While the client has not
+    // taken what was answered, nothing more is read; its taking resumes the serving.
+    void serve() {
+        for (int n = 0; n < LinesPerTurn; ++n) {
+            QByteArray line;
+            if (closing_ || socket_->state() != QAbstractSocket::ConnectedState ||
+                pendingOutput() > MaxOutputBytes || !nextLine(&line))
+                return;
             if (!line.trimmed().isEmpty())
                 owner_->process(this, line);
         }
-        // Nothing the tool sends comes near this; a peer that never ends its line
-        // must not grow the buffer without bound.
-        if (closing_ || buffer_.size() > MaxLineLength)
+        turnTimer_.start();
+    }
+
+    // The next line without its end (CR, LF or both); false until one is complete.
+    bool nextLine(QByteArray* line) {
+        for (;;) {
+            const auto begin = buffer_.cbegin() + head_;
+            const auto end =
+                std::find_if(begin, buffer_.cend(), [](char c) { return c == '\r' || c == '\n'; });
+            if (end == buffer_.cend()) {
+                if (!readMore())
+                    return false;
+                continue;
+            }
+            head_ = end - buffer_.cbegin() + 1;
+            if (!std::exchange(overlong_, false) && end - begin <= MaxLineLength) {
+                *line = QByteArray(begin, end - begin);
+                return true;
+            }
+            owner_->log(QStringLiteral("line of more than %1 bytes from %2 ignored")
+                            .arg(MaxLineLength)
+                            .arg(peer_));
+        }
+    }
+
+    // Keeps what is not served yet and reads on; false when nothing more has come.
+    // Served lines are cut off here, a few KiB at once rather than line by line, and a
+    // line that runs past the limit is dropped as it comes.
+    bool readMore() {
+        buffer_.remove(0, head_);
+        head_ = 0;
+        if (buffer_.size() > MaxLineLength) {
             buffer_.clear();
+            overlong_ = true;
+        }
+        if (socket_->bytesAvailable() == 0)
+            return false;
+        buffer_ += socket_->read(MaxLineLength);
+        return true;
+    }
+
+    qint64 pendingOutput() const {
+        return queuedBytes_ + (held_ ? held_->bytes.size() : 0) + socket_->bytesToWrite();
+    }
+
+    void put(Item item, bool front = false) {
+        queuedBytes_ += item.bytes.size();
+        if (front)
+            queue_.push_front(std::move(item));
+        else
+            queue_.push_back(std::move(item));
+    }
+
+    Item take() {
+        Item item = std::move(queue_.front());
+        queue_.pop_front();
+        queuedBytes_ -= item.bytes.size();
+        return item;
     }
 
     void pump() {
-        while (!queue_.empty() && queue_.front().due <= clock_.elapsed()) {
-            Item item = std::move(queue_.front());
-            queue_.pop_front();
-            deliver(std::move(item));
-        }
+        while (!queue_.empty() && queue_.front().due <= clock_.elapsed())
+            deliver(take());
         if (!queue_.empty())
             sendTimer_.start(int(qMax<qint64>(0, queue_.front().due - clock_.elapsed())));
     }
@@ -168,8 +232,9 @@ private:
         const Faults& f = owner_->faults_;
         if (!item.tail && f.splitAt > 0 && item.bytes.size() > f.splitAt) {
             write(item.bytes.left(f.splitAt));
-            queue_.push_front({item.bytes.mid(f.splitAt), clock_.elapsed() + f.splitGapMs,
-                               std::move(item.after), true});
+            put({item.bytes.mid(f.splitAt), clock_.elapsed() + f.splitGapMs, std::move(item.after),
+                 true},
+                true);
             return;
         }
         if (!item.bytes.isEmpty())
@@ -179,8 +244,11 @@ private:
     }
 
     // flush() hands each reply to the kernel on its own, so replies written one
-    // after the other are not merged in the socket's buffer.
+    // after the other are not merged in the socket's buffer. A client that has gone
+    // gets nothing (Qt would warn for every write).
     void write(const QByteArray& bytes) {
+        if (socket_->state() != QAbstractSocket::ConnectedState)
+            return;
         socket_->write(bytes);
         socket_->flush();
     }
@@ -188,11 +256,15 @@ private:
     VirtualController* owner_;
     QTcpSocket* socket_;
     QString peer_;
-    QByteArray buffer_;
+    QByteArray buffer_; // input; lines before head_ are served
+    qsizetype head_ = 0;
+    bool overlong_ = false; // the line being read is already too long
     QElapsedTimer clock_;
     QTimer sendTimer_;
     QTimer holdTimer_;
+    QTimer turnTimer_;
     std::deque<Item> queue_;
+    qint64 queuedBytes_ = 0;
     std::optional<Item> held_;
     bool closing_ = false;
 };
@@ -263,9 +335,10 @@ void VirtualController::dropAll() {
 }
 
 void VirtualController::process(Connection* c, const QByteArray& line) {
-    if (received_.size() >= MaxReceivedKept)
-        received_.removeFirst();
     received_.append(line);
+    receivedBytes_ += line.size();
+    while (received_.size() > MaxReceivedKept || receivedBytes_ > MaxReceivedBytes)
+        receivedBytes_ -= received_.takeFirst().size();
     ++c->commands;
 
     const Response r = handleCommand(state_, line);

@@ -42,9 +42,13 @@ public:
     Faults faults() const { return faults_; }
     void setFaults(const Faults& faults) { faults_ = faults; }
 
-    // Every command line received, oldest first (bounded; for tests and the log).
+    // Every command line received, oldest first (bounded in lines and bytes; for
+    // tests and the log).
     QList<QByteArray> received() const { return received_; }
-    void clearReceived() { received_.clear(); }
+    void clearReceived() {
+        received_.clear();
+        receivedBytes_ = 0;
+    }
 
 signals:
     void logLine(const QString& line);
@@ -71,6 +75,7 @@ private:
     QString error_;
     QList<Connection*> connections_;
     QList<QByteArray> received_;
+    qsizetype receivedBytes_ = 0;
 };
 
 // Text for a failed listen, with the hint that matters on Linux.

@@ -21,6 +21,8 @@ private slots:
     void emptyResultFindsNothing();
     void missingFiles_data();
     void missingFiles();
+    void staleResultsAreNeverListed_data();
+    void staleResultsAreNeverListed();
     void failedAutomaticSelectionKeepsWindow();
     void moreThan255DevicesKeepsFirst255();
     void secondSearchWhileRunningDoesNothing();
@@ -131,6 +133,31 @@ void TestDiscovery::missingFiles() {
     QVERIFY(!find<QGroupBox>(form, QStringLiteral("con_interface"))->isEnabled());
     search(form); // and the window goes on working
     QCOMPARE(boxes.seen().size(), 2);
+}
+
+// Result files of an earlier search lie beside the tool; this run's program leaves
+// none, or fails.
+void TestDiscovery::staleResultsAreNeverListed_data() {
+    QTest::addColumn<QByteArray>("program");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("writes nothing") << QByteArray() << "ZEDA.exe left no readable MAC.txt !";
+    QTest::newRow("fails") << QByteArray("exit 3\n") << "ZEDA.exe failed with exit code 3 !";
+    QTest::newRow("is killed") << QByteArray("kill -KILL $$\n") << "ZEDA.exe ended abnormally !";
+}
+
+void TestDiscovery::staleResultsAreNeverListed() {
+    QFETCH(QByteArray, program);
+    QFETCH(QString, message);
+    writeSearchProgram(program);
+    writeFile(QStringLiteral("MAC.txt"), "AA-BB-CC-DD-EE-09\r\n");
+    writeFile(QStringLiteral("IP.txt"), "127.011.009.009\r\n");
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    search(form);
+    QCOMPARE(boxes.texts(), QStringList{message});
+    QCOMPARE(boxes.seen().first().icon, QMessageBox::Warning);
+    QCOMPARE(form.ui.cbo_ipaddr->count(), 0);
+    QVERIFY(!find<QGroupBox>(form, QStringLiteral("con_interface"))->isEnabled());
 }
 
 void TestDiscovery::failedAutomaticSelectionKeepsWindow() {

@@ -1,5 +1,6 @@
 // The search program: its host configuration, and the real ZEDA.exe run against
-// virtual controllers on 127.21.0.0/16, port 23.
+// virtual controllers on 127.21.0.0/16, port 23, or in a network namespace of its
+// own where no host can be reached.
 
 #include "simulator.h"
 #include "zedahosts.h"
@@ -8,6 +9,20 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtTest>
+#include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+// ZEDA.exe copied into a folder of its own, as the tool keeps it.
+struct SearchFolder {
+    QTemporaryDir dir;
+    QString exe = dir.filePath("ZEDA.exe");
+    bool ready = QFile::copy(ZEDA_EXE, exe);
+};
+
+} // namespace
 
 class TestSearch : public QObject {
     Q_OBJECT
@@ -74,31 +89,76 @@ private slots:
         sim::Simulator s; // .2 never answers "RVER", .3 and .4 are controllers
         QVERIFY(s.start(QHostAddress("127.21.42.2"), 3));
         s.setFaults(1, sim::Faults{.silent = {"RVER"}});
-        QTcpServer other; // .5 another service; .1, .6 and .7 absent
+        QTcpServer other; // .5 another service; .1 and .7 absent
         QVERIFY(other.listen(QHostAddress("127.21.42.5"), 23));
         connect(&other, &QTcpServer::newConnection, this,
                 [&] { other.nextPendingConnection()->write("login: "); });
+        QTcpServer talker; // .6 begins like a controller and never ends its line
+        QVERIFY(talker.listen(QHostAddress("127.21.42.6"), 23));
+        connect(&talker, &QTcpServer::newConnection, this, [&] {
+            QTcpSocket* s = talker.nextPendingConnection();
+            s->write("VERS");
+            connect(s, &QTcpSocket::bytesWritten, s, [s] {
+                if (s->state() == QAbstractSocket::ConnectedState && s->bytesToWrite() == 0)
+                    s->write(QByteArray(64 * 1024, '1'));
+            });
+        });
 
-        // ZEDA.exe in a folder of its own, as the tool keeps it; an old, longer MAC.txt
-        // beside it must be replaced whole.
-        QTemporaryDir dir;
-        const QString exe = dir.filePath("ZEDA.exe");
-        QVERIFY(QFile::copy(ZEDA_EXE, exe) && QFile::copy(ZEDA_EXE, dir.filePath("MAC.txt")));
-        QFile confFile(dir.filePath("ZEDA.conf"));
+        // An old, longer MAC.txt beside the program must be replaced whole.
+        SearchFolder folder;
+        QVERIFY(folder.ready && QFile::copy(ZEDA_EXE, folder.dir.filePath("MAC.txt")));
+        QFile confFile(folder.dir.filePath("ZEDA.conf"));
         QVERIFY(conf.isEmpty() || (confFile.open(QIODevice::WriteOnly) &&
                                    confFile.write(conf) == conf.size() && confFile.flush()));
         env.isEmpty() ? qunsetenv("ZEDA_HOSTS") : qputenv("ZEDA_HOSTS", env);
         QProcess p;
         p.setWorkingDirectory(QDir::tempPath()); // the program's own folder is what counts
-        p.start(exe, {});
+        p.start(folder.exe, {});
         // The event loop turns meanwhile, so the controllers in this process answer.
         QVERIFY(QTest::qWaitFor([&] { return p.state() == QProcess::NotRunning; }, 30000) &&
                 p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0);
         for (auto [name, bytes] : {std::pair{"IP.txt", ipFile}, {"MAC.txt", macFile}}) {
-            QFile f(dir.filePath(name));
+            QFile f(folder.dir.filePath(name));
             QVERIFY(f.open(QIODevice::ReadOnly));
             QCOMPARE(f.readAll(), bytes);
         }
+    }
+
+    // The search ends and reports whatever the network does. Without a route every
+    // connect fails inside connectToHost(); the namespace has not even loopback up.
+    // The host list must not take memory in proportion to what its text names.
+    void searchEndsInEveryNetworkState_data() {
+        QTest::addColumn<QByteArray>("hosts");
+        QTest::addColumn<bool>("isolated");
+        QTest::addColumn<int>("count");
+        QTest::newRow("no route to the hosts") << QByteArray("192.0.2.1-2") << true << 2;
+        QTest::newRow("no route to 16382 hosts") << QByteArray("10.0.0.0/18") << true << 16382;
+        QTest::newRow("one network 4000 times")
+            << QByteArray("127.21.64.0/18 ").repeated(4000) << false << 16382;
+    }
+    void searchEndsInEveryNetworkState() {
+        QFETCH(QByteArray, hosts);
+        QFETCH(bool, isolated);
+        QFETCH(int, count);
+        SearchFolder folder;
+        QVERIFY(folder.ready);
+        QProcess p;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("ZEDA_HOSTS", QString::fromLatin1(hosts));
+        p.setProcessEnvironment(env);
+        p.setChildProcessModifier([isolated] {
+            constexpr rlim_t dataBytes = 64 << 20; // the search needs a fraction of this
+            const rlimit data{dataBytes, dataBytes};
+            if (setrlimit(RLIMIT_DATA, &data) != 0 || (isolated && unshare(CLONE_NEWNET) != 0))
+                _exit(125); // a namespace needs root, as port 23 does
+        });
+        p.start(folder.exe, {});
+        QVERIFY2(p.waitForFinished(20000), "the search did not end");
+        const QByteArray said = p.readAllStandardError();
+        QVERIFY2(p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0, said.constData());
+        QVERIFY2(said.contains(
+                     QStringLiteral("0 controllers found among %1 hosts").arg(count).toLatin1()),
+                 said.constData());
     }
 };
 

@@ -6,6 +6,8 @@
 #include <QTcpSocket>
 #include <QtTest>
 #include <optional>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace sim;
 Q_DECLARE_METATYPE(sim::Faults)
@@ -208,6 +210,62 @@ private slots:
         QVERIFY2(log.contains("#1 127.20.6.2  RVER  ->  VERS102"), log.constData());
         p.kill();
         p.waitForFinished();
+    }
+
+    // A client floods controller 1 of the program, which runs with a data limit a
+    // fraction of the flood and holds each reply of controller 1 back a while. Then, while the
+    // flood is on its way, once it is all handed over, or once its connection is reset, controller
+    // 2 answers at once, and nothing warns of writes to a client that has gone.
+    void floods_data() {
+        QTest::addColumn<QByteArray>("flood");
+        QTest::addColumn<bool>("reads");
+        QTest::addColumn<QByteArray>("then");
+        constexpr int MiB = 1 << 20;
+        QTest::newRow("16 MiB, replies never read")
+            << QByteArray("RLINK\r\n").repeated(16 * MiB / 7) << false << QByteArray("on its way");
+        QTest::newRow("16 MiB, replies read")
+            << QByteArray("RPOW\r\n").repeated(16 * MiB / 6) << true << QByteArray("on its way");
+        QTest::newRow("lines of 1 MiB") << ("RVER" + QByteArray(MiB, 'x') + "\r\n").repeated(100)
+                                        << true << QByteArray("handed over");
+        QTest::newRow("reset after 1 MiB")
+            << QByteArray("RPOW\r\n").repeated(MiB / 6) << false << QByteArray("reset");
+    }
+    void floods() {
+        QFETCH(QByteArray, flood);
+        QFETCH(bool, reads);
+        QFETCH(QByteArray, then);
+        QProcess p;
+        p.setChildProcessModifier([] {
+            constexpr rlim_t dataBytes = 64 << 20;
+            const rlimit data{dataBytes, dataBytes};
+            if (setrlimit(RLIMIT_DATA, &data) != 0)
+                _exit(125);
+        });
+        p.start(QStringLiteral(PANOMAT_SIM_EXE),
+                {"-q", "--devices", "2", "--first", "127.20.7.2", "--latency", "1:200"});
+        QByteArray said;
+        QVERIFY(QTest::qWaitFor(
+            [&] { return (said += p.readAllStandardError()).contains("Ctrl+C"); }, 10000));
+        QTcpSocket flooder;
+        flooder.setReadBufferSize(reads ? 0 : 1); // 1: takes hardly anything
+        if (reads)
+            connect(&flooder, &QTcpSocket::readyRead, &flooder, [&] { flooder.readAll(); });
+        flooder.connectToHost(addr("127.20.7.2"), 23);
+        QVERIFY(flooder.waitForConnected(3000));
+        flooder.write(flood);
+        QTest::qWait(300);
+        if (then == "handed over")
+            QVERIFY(QTest::qWaitFor([&] { return flooder.bytesToWrite() == 0; }, 10000));
+        if (then == "reset")
+            flooder.abort();
+        Client other(addr("127.20.7.3"));
+        other.send("RVER");
+        QVERIFY(other.waitFor("VERS103\r\n")); // controller 2 has firmware 1.03
+        QCOMPARE(p.state(), QProcess::Running);
+        p.kill();
+        p.waitForFinished();
+        said += p.readAllStandardError();
+        QVERIFY2(!said.contains("QIODevice"), said.left(300).constData());
     }
 };
 

@@ -90,6 +90,10 @@ void TestText::toByte_data() {
     QTest::newRow("negative half") << "-0.5" << 0;
     QTest::newRow("negative") << "-1" << -1;
     QTest::newRow("text") << "abc" << -1;
+    // Too large for any integer: the conversion overflows, which ends the handler.
+    QTest::newRow("twenty-one digits") << "100000000000000000000" << -1;
+    QTest::newRow("negative, twenty-one digits") << "-100000000000000000000" << -1;
+    QTest::newRow("beyond a double") << QString(u'9').repeated(400) << -1;
 }
 
 void TestText::toByte() {

@@ -18,7 +18,9 @@ public:
     explicit DeviceLink(QObject* parent = nullptr);
     ~DeviceLink() override;
 
-    // Close socket i and start connecting it to host, port 23.
+    // Close socket i and start connecting it to host, port 23. A host that is not a
+    // usable dotted IPv4 address is never looked up nor connected to: the socket
+    // stays unconnected, as for a controller that cannot be reached.
     void connectTo(int index, const QString& host);
     void close(int index);
     bool isConnected(int index) const;

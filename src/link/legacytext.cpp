@@ -75,8 +75,10 @@ long roundHalfEven(double value) {
 std::optional<quint8> toByte(const QString& text) {
     if (!isNumeric(text))
         return std::nullopt;
-    const long rounded = roundHalfEven(text.trimmed().toDouble());
-    if (rounded < 0 || rounded > 255)
+    // Range-checked as a double: a typed 1e20 fits no integer, and converting it to one
+    // first is undefined.
+    const double rounded = std::nearbyint(text.trimmed().toDouble());
+    if (!(rounded >= 0 && rounded <= 255))
         return std::nullopt;
     return static_cast<quint8>(rounded);
 }

@@ -22,7 +22,8 @@ double val(const QString& text);
 bool isNumeric(const QString& text);
 
 // Number text converted to a byte, rounding halves to even ("2.5" gives 2, "3.5" 4).
-// Empty when the text is not numeric or the rounded value is outside 0..255.
+// Empty when the text is not numeric or the rounded value is outside 0..255, however
+// large: the old runtime's overflow error, on which the handler ends.
 std::optional<quint8> toByte(const QString& text);
 
 // Rounds halves to even, as the byte and list-index conversions do.

@@ -96,6 +96,8 @@ void DeviceDiscovery::btn_sys_search_Click() {
     s_.SetOffline();
     s_.ui.cbo_ipaddr->clear();
     const QDir results(resultFolder(program));
+    if (!removeOldResults(results))
+        return;
     running_ = true;
     const bool ran = runSearchProgram(program, results.path());
     running_ = false;
@@ -139,8 +141,22 @@ void DeviceDiscovery::btn_sys_search_Click() {
     s_.ui.con_interface->setEnabled(true);
 }
 
+// Result files of an earlier search must never pass for this one's: they go before
+// the program starts, and what a failed program leaves is not read.
+bool DeviceDiscovery::removeOldResults(const QDir& results) {
+    for (const QString& name : {MacFile, IpFile}) {
+        QFile file(results.filePath(name));
+        if (file.exists() && !file.remove()) {
+            s_.exclamation(
+                QStringLiteral("Cannot remove the old %1: %2 !").arg(name, file.errorString()));
+            return false;
+        }
+    }
+    return true;
+}
+
 // Runs the search program and waits for it to end, the window staying live. False
-// when it could not be started or the window is closing.
+// when it could not be started, failed, or the window is closing.
 bool DeviceDiscovery::runSearchProgram(const QString& program, const QString& results) {
     QProcess tool;
     tool.setProgram(program);
@@ -160,7 +176,22 @@ bool DeviceDiscovery::runSearchProgram(const QString& program, const QString& re
             QStringLiteral("Cannot start %1: %2").arg(SearchProgram, tool.errorString()));
         return false;
     }
-    return s_.pump.until([&] { return tool.state() == QProcess::NotRunning; });
+    return s_.pump.until([&] { return tool.state() == QProcess::NotRunning; }) && endedWell(tool);
+}
+
+// A program that was killed or reports failure leaves no result to read.
+bool DeviceDiscovery::endedWell(const QProcess& tool) {
+    if (tool.exitStatus() == QProcess::CrashExit) {
+        s_.exclamation(QStringLiteral("%1 ended abnormally !").arg(SearchProgram));
+        return false;
+    }
+    if (tool.exitCode() != 0) {
+        s_.exclamation(QStringLiteral("%1 failed with exit code %2 !")
+                           .arg(SearchProgram)
+                           .arg(tool.exitCode()));
+        return false;
+    }
+    return true;
 }
 
 void DeviceDiscovery::FillModelList() {

@@ -1,6 +1,7 @@
 #include "support/fakecontroller.h"
 
 #include <QHostAddress>
+#include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
@@ -87,17 +88,24 @@ void FakeController::onNewConnection() {
     }
 }
 
+// A slot on lineReceived may drop the connection, and its pending bytes with it:
+// the client is checked and its buffer looked up afresh after every line.
 void FakeController::onReadyRead(QTcpSocket* client) {
     const QByteArray bytes = client->readAll();
     received_ += bytes;
-    QByteArray& buffer = pending_[client];
-    buffer += bytes;
-    for (qsizetype end = buffer.indexOf("\r\n"); end >= 0; end = buffer.indexOf("\r\n")) {
+    pending_[client] += bytes;
+    const QPointer<QTcpSocket> alive(client);
+    while (alive && clients_.contains(client)) {
+        QByteArray& buffer = pending_[client];
+        const qsizetype end = buffer.indexOf("\r\n");
+        if (end < 0)
+            return;
         const QString line = QString::fromLatin1(buffer.left(end));
         buffer.remove(0, end + 2);
         lines_ << line;
         emit lineReceived(line);
-        answer(client, line);
+        if (alive && clients_.contains(client))
+            answer(client, line);
     }
 }
 

@@ -23,8 +23,12 @@ bool parseIpv4(const QString& text, quint32* out) {
     return true;
 }
 
-// Appends the addresses of one entry; false with *why set when it is refused.
-bool expand(const QString& entry, QList<quint32>* out, QString* why) {
+struct Range {
+    quint32 lo, hi; // both included
+};
+
+// The range of one entry; false with *why set when it is refused.
+bool parseEntry(const QString& entry, Range* out, QString* why) {
     quint32 lo = 0, hi = 0;
     if (const qsizetype slash = entry.indexOf('/'); slash >= 0) {
         bool ok = false;
@@ -69,15 +73,32 @@ bool expand(const QString& entry, QList<quint32>* out, QString* why) {
         *why = QStringLiteral("more than %1 hosts").arg(HostList::MaxHosts);
         return false;
     }
-    for (quint64 a = lo; a <= hi; ++a)
-        out->append(quint32(a));
+    *out = {lo, hi};
     return true;
+}
+
+// Sorted ranges, overlapping and adjacent ones merged.
+QList<Range> merged(QList<Range> ranges) {
+    std::sort(ranges.begin(), ranges.end(),
+              [](const Range& a, const Range& b) { return a.lo < b.lo; });
+    QList<Range> out;
+    for (const Range& r : ranges) {
+        if (!out.isEmpty() && quint64(r.lo) <= quint64(out.last().hi) + 1)
+            out.last().hi = qMax(out.last().hi, r.hi);
+        else
+            out.append(r);
+    }
+    return out;
 }
 
 } // namespace
 
+// Entries are kept as ranges and counted before any is expanded: a list of many
+// large entries, or the same one many times, must not take memory in proportion to
+// what it names.
 HostList parseHostList(const QString& text) {
     HostList result;
+    QList<Range> ranges;
     static const QRegularExpression separators(QStringLiteral("[\\s,;]+"));
     const QStringList lines = text.split('\n');
     for (int n = 0; n < lines.size(); ++n) {
@@ -85,18 +106,25 @@ HostList parseHostList(const QString& text) {
         if (const qsizetype hash = line.indexOf('#'); hash >= 0)
             line.truncate(hash);
         for (const QString& entry : line.split(separators, Qt::SkipEmptyParts)) {
+            Range range;
             QString why;
-            if (!expand(entry, &result.hosts, &why))
+            if (parseEntry(entry, &range, &why))
+                ranges.append(range);
+            else
                 result.errors << QStringLiteral("line %1: '%2': %3").arg(n + 1).arg(entry, why);
         }
     }
-    std::sort(result.hosts.begin(), result.hosts.end());
-    result.hosts.erase(std::unique(result.hosts.begin(), result.hosts.end()), result.hosts.end());
-    if (result.hosts.size() > HostList::MaxHosts) {
+    const QList<Range> all = merged(ranges);
+    quint64 total = 0;
+    for (const Range& r : all)
+        total += quint64(r.hi) - r.lo + 1;
+    if (total > quint64(HostList::MaxHosts))
         result.errors << QStringLiteral("more than %1 hosts in all; only the first %1 are probed")
                              .arg(HostList::MaxHosts);
-        result.hosts.resize(HostList::MaxHosts);
-    }
+    result.hosts.reserve(qMin(total, quint64(HostList::MaxHosts)));
+    for (const Range& r : all)
+        for (quint64 a = r.lo; a <= r.hi && result.hosts.size() < HostList::MaxHosts; ++a)
+            result.hosts.append(quint32(a));
     return result;
 }
 

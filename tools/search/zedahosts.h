@@ -12,7 +12,9 @@
 //   127.0.0.0/24          a network; its network and broadcast addresses are left out
 //                         for prefixes up to /30
 struct HostList {
-    static constexpr int MaxHosts = 65536; // a /16; larger lists are refused
+    // A /16. Larger entries are refused; a list that names more hosts in all is cut
+    // to the first this many, counted before anything is expanded.
+    static constexpr int MaxHosts = 65536;
 
     QList<quint32> hosts; // sorted, no duplicates
     QStringList errors;   // one text per refused entry, with its line number

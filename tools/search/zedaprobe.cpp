@@ -6,7 +6,15 @@
 #include <algorithm>
 #include <memory>
 
-Prober::Prober(const Settings& settings, QObject* parent) : QObject(parent), settings_(settings) {}
+Prober::Prober(const Settings& settings, QObject* parent) : QObject(parent), settings_(settings) {
+    // A connect that fails at once (no route) reports inside connectToHost(). Hosts are
+    // launched from this timer only, so such a failure never launches the next host
+    // inside itself, however many fail so, and finished() never comes from start(),
+    // before the caller's event loop runs.
+    launcher_.setSingleShot(true);
+    launcher_.setInterval(0);
+    connect(&launcher_, &QTimer::timeout, this, &Prober::launchMore);
+}
 
 void Prober::start(const QList<quint32>& hosts) {
     hosts_ = hosts;
@@ -16,7 +24,7 @@ void Prober::start(const QList<quint32>& hosts) {
         QTimer::singleShot(0, this, &Prober::finished);
         return;
     }
-    launchMore();
+    launcher_.start();
 }
 
 QList<Prober::Found> Prober::found() const {
@@ -26,8 +34,11 @@ QList<Prober::Found> Prober::found() const {
     return sorted;
 }
 
+// At most `parallel` launches a turn, also when they fail at once: the sockets of
+// failed hosts are deleted between turns.
 void Prober::launchMore() {
-    while (running_ < settings_.parallel && next_ < hosts_.size())
+    for (int n = 0;
+         n < settings_.parallel && running_ < settings_.parallel && next_ < hosts_.size(); ++n)
         launch(hosts_[next_++]);
 }
 
@@ -37,6 +48,7 @@ void Prober::launch(quint32 address) {
     auto* timer = new QTimer(socket);
     const auto reply = std::make_shared<QByteArray>(); // lives as long as the handlers
     timer->setSingleShot(true);
+    socket->setReadBufferSize(MaxReplyBytes + 1);
 
     // Every path ends in finish() exactly once: the socket is disconnected from all
     // handlers there before it goes.
@@ -47,16 +59,19 @@ void Prober::launch(quint32 address) {
         socket->write("RVER\r\n");
         timer->start(settings_.replyTimeoutMs);
     });
-    connect(socket, &QTcpSocket::readyRead, socket, [=, this] {
-        *reply += socket->readAll();
-        if (reply->startsWith("VERS") && reply->contains('\n'))
-            finish(socket, timer, address, *reply);
-        else if (reply->size() >= 4 && !reply->startsWith("VERS"))
-            finish(socket, timer, address, {});
-    });
+    connect(socket, &QTcpSocket::readyRead, socket,
+            [=, this] { receive(socket, timer, address, reply.get()); });
 
     timer->start(settings_.connectTimeoutMs);
     socket->connectToHost(QHostAddress(address), settings_.port);
+}
+
+void Prober::receive(QTcpSocket* socket, QTimer* timer, quint32 address, QByteArray* reply) {
+    *reply += socket->read(MaxReplyBytes + 1 - reply->size());
+    if (reply->startsWith("VERS") && reply->contains('\n'))
+        finish(socket, timer, address, *reply);
+    else if (reply->size() > MaxReplyBytes || (reply->size() >= 4 && !reply->startsWith("VERS")))
+        finish(socket, timer, address, {});
 }
 
 void Prober::finish(QTcpSocket* socket, QTimer* timer, quint32 address, const QByteArray& reply) {
@@ -77,5 +92,5 @@ void Prober::finish(QTcpSocket* socket, QTimer* timer, quint32 address, const QB
     if (done_ == hosts_.size())
         emit finished();
     else
-        launchMore();
+        launcher_.start();
 }

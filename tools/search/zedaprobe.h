@@ -3,14 +3,15 @@
 #include <QByteArray>
 #include <QList>
 #include <QObject>
+#include <QTimer>
 
 class QTcpSocket;
-class QTimer;
 
 // Asks every host at once (up to `parallel` at a time) whether it is a controller:
 // connect to the port, send "RVER\r\n", and a reply beginning with "VERS" within the
 // time-out says yes. Absent hosts on a LAN never answer the connect, so the
-// time-outs bound the whole search.
+// time-outs bound the whole search. finished() always comes from the event loop,
+// never from within start().
 class Prober : public QObject {
     Q_OBJECT
 public:
@@ -20,6 +21,9 @@ public:
         int replyTimeoutMs = 1500;
         int parallel = 256;
     };
+    // "VERS102\r\n" is nine bytes; a host that runs on longer is not a controller.
+    static constexpr qsizetype MaxReplyBytes = 64;
+
     struct Found {
         quint32 address;
         QByteArray version; // the "VERS..." reply without its line end
@@ -38,9 +42,11 @@ signals:
 private:
     void launchMore();
     void launch(quint32 address);
+    void receive(QTcpSocket* socket, QTimer* timer, quint32 address, QByteArray* reply);
     void finish(QTcpSocket* socket, QTimer* timer, quint32 address, const QByteArray& reply);
 
     Settings settings_;
+    QTimer launcher_;
     QList<quint32> hosts_;
     int next_ = 0;
     int running_ = 0;

@@ -35,10 +35,12 @@ QHash<QString, QByteArray> replyCorpus() {
     client.connectToHost(QStringLiteral("127.50.0.9"), 23);
     if (!client.waitForConnected(2000))
         return corpus;
-    const QStringList commands = QStringLiteral(
-        "RBEZ RBRI RBY RCBH RCBV RCHE RCHS RCON RCVE RCVS RFAVE RHUE RIPM RLINK RMDN RMUTE "
-        "ROSDD ROSDG ROSDH ROSDT ROSDV RPOW RRES RSAT RVER SCBH SCBV SCO SHOT SIMRE SMNC "
-        "SOSDR SPIRE SWDE").split(u' ');
+    const QStringList commands =
+        QStringLiteral(
+            "RBEZ RBRI RBY RCBH RCBV RCHE RCHS RCON RCVE RCVS RFAVE RHUE RIPM RLINK RMDN RMUTE "
+            "ROSDD ROSDG ROSDH ROSDT ROSDV RPOW RRES RSAT RVER SCBH SCBV SCO SHOT SIMRE SMNC "
+            "SOSDR SPIRE SWDE")
+            .split(u' ');
     for (const QString& command : commands) {
         client.write((command + QStringLiteral(" 1 1 1\r\n")).toLatin1());
         QByteArray reply;
@@ -55,11 +57,12 @@ public:
         for (auto it = corpus_.cbegin(); it != corpus_.cend(); ++it)
             device_.reply(it.key(), [this, key = it.key()](const QString&) { return answer(key); });
         for (const char* name :
-             {"btn_sys_refresh", "btn_panomat_refresh", "btn_panomat_reset", "btn_posi(0)",
-              "btn_posi(1)", "btn_img_rst(5)", "btn_img_rst(1)", "btn_img_rst(4)", "btn_io_rst(0)",
-              "btn_io_rst(1)", "btn_io_rst(2)", "btn_ip_get", "btn_recall(2)", "btn_save(3)",
-              "btn_tv_fs(8)", "btn_panomat_send", "btn_H_Bezel_send", "btn_sys_fac_rst",
-              "power_ctl(1)", "btn_ip_relink", "btn_discon"})
+             {"btn_sys_refresh",  "btn_panomat_refresh", "btn_panomat_reset", "btn_posi(0)",
+              "btn_posi(1)",      "btn_img_rst(5)",      "btn_img_rst(1)",    "btn_img_rst(4)",
+              "btn_io_rst(0)",    "btn_io_rst(1)",       "btn_io_rst(2)",     "btn_ip_get",
+              "btn_recall(2)",    "btn_save(3)",         "btn_tv_fs(8)",      "btn_panomat_send",
+              "btn_H_Bezel_send", "btn_sys_fac_rst",     "power_ctl(1)",      "btn_ip_relink",
+              "btn_discon"})
             buttons_ << find<QAbstractButton>(form_, QLatin1String(name));
         stop_ = find<QAbstractButton>(form_, QStringLiteral("btn_stop_waiting"));
     }
@@ -169,7 +172,8 @@ private:
         QTimer::singleShot(150, [this] {
             settling_ = false;
             if (form_.pump.waiting() && failure_.isEmpty())
-                failure_ = QStringLiteral("a wait went on after Stop waiting (step %1)").arg(steps_);
+                failure_ =
+                    QStringLiteral("a wait went on after Stop waiting (step %1)").arg(steps_);
         });
     }
 

@@ -6,11 +6,11 @@
 #include "zedahosts.h"
 #include "zedaresults.h"
 
+#include "support/datalimit.h"
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtTest>
 #include <sched.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -147,9 +147,8 @@ private slots:
         env.insert("ZEDA_HOSTS", QString::fromLatin1(hosts));
         p.setProcessEnvironment(env);
         p.setChildProcessModifier([isolated] {
-            constexpr rlim_t dataBytes = 64 << 20; // the search needs a fraction of this
-            const rlimit data{dataBytes, dataBytes};
-            if (setrlimit(RLIMIT_DATA, &data) != 0 || (isolated && unshare(CLONE_NEWNET) != 0))
+            // The search needs a fraction of this.
+            if (!limitData(64 << 20) || (isolated && unshare(CLONE_NEWNET) != 0))
                 _exit(125); // a namespace needs root, as port 23 does
         });
         p.start(folder.exe, {});

@@ -2,11 +2,11 @@
 
 #include "simulator.h"
 
+#include "support/datalimit.h"
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtTest>
 #include <optional>
-#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace sim;
@@ -236,9 +236,7 @@ private slots:
         QFETCH(QByteArray, then);
         QProcess p;
         p.setChildProcessModifier([] {
-            constexpr rlim_t dataBytes = 64 << 20;
-            const rlimit data{dataBytes, dataBytes};
-            if (setrlimit(RLIMIT_DATA, &data) != 0)
+            if (!limitData(64 << 20))
                 _exit(125);
         });
         p.start(QStringLiteral(PANOMAT_SIM_EXE),

@@ -106,9 +106,8 @@ private slots:
         Trims trims(3);
         for (int i = 0; i < 16; ++i)
             trims.setQuietly(i, i == 14 ? 0 : i == 2 ? 300 : i == 9 ? 254 : 255);
-        driver::click(trims.ui.btn_posi[1]);
-        QTest::qWait(30);
-        QCOMPARE(trims.device.lines(), (QStringList{"SPCHS  3 0", "SPCVS  2 0", "SPCVE  3 0"}));
+        driver::click(trims.ui.btn_posi[1]); // every line is written before the click returns
+        QTRY_COMPARE(trims.device.lines(), (QStringList{"SPCHS  3 0", "SPCVS  2 0", "SPCVE  3 0"}));
         QCOMPARE(trims.label(14), QStringLiteral("+0"));
     }
 

@@ -132,7 +132,7 @@ private slots:
         QTest::addColumn<bool>("isolated");
         QTest::addColumn<int>("count");
         QTest::newRow("no route to the hosts") << QByteArray("192.0.2.1-2") << true << 2;
-        QTest::newRow("no route to 16382 hosts") << QByteArray("10.0.0.0/18") << true << 16382;
+        QTest::newRow("no route to 16382 hosts") << QByteArray("198.18.0.0/18") << true << 16382;
         QTest::newRow("one network 4000 times")
             << QByteArray("127.21.64.0/18 ").repeated(4000) << false << 16382;
     }

@@ -15,6 +15,7 @@
 #include "wall/positiontrim.h"
 #include "wall/wallgeometry.h"
 #include "window/events.h"
+#include "window/paintpacer.h"
 #include "window/statusrefresh.h"
 
 #include <QApplication>
@@ -43,6 +44,7 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
     area->setWidget(content);
     setCentralWidget(area);
     resize(content->sizeHint().boundedTo(screen()->availableGeometry().size()));
+    new PaintPacer(this);
 
     dispatcher_ = std::make_unique<ReplyDispatcher>(link, [this] { return selected(); });
     connect(dispatcher_.get(), &ReplyDispatcher::chunkReceived, this, [this](const QString& chunk) {

@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCompleter>
+#include <QFont>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -28,6 +29,16 @@ QString indexed(const char* name, int index) {
 template <typename W> W* named(W* widget, const QString& name) {
     widget->setObjectName(name);
     return widget;
+}
+
+// Replies set these texts one after another during a refresh. They are Latin letters
+// and digits, which read the same unshaped, and laid out without shaping they cost a
+// fraction. (Only line edits: a font change makes a list build its drop-down part.)
+QLineEdit* unshaped(QLineEdit* edit) {
+    QFont font;
+    font.setStyleStrategy(QFont::PreferNoShaping);
+    edit->setFont(font);
+    return edit;
 }
 
 QPushButton* button(const QString& name, const QString& caption) {
@@ -68,7 +79,7 @@ QCompleter* noCompleter() {
 // drop-down part only when first opened, like the fixed lists.
 QComboBox* editableList(const QString& name, const QString& hint) {
     QComboBox* box = newList(name);
-    auto* edit = new QLineEdit;
+    auto* edit = unshaped(new QLineEdit);
     edit->setCompleter(noCompleter());
     box->setLineEdit(edit);
     box->setInsertPolicy(QComboBox::NoInsert);
@@ -143,9 +154,9 @@ void buildSystemSettings(Controls& ui) {
 void buildNetworkConfig(Controls& ui) {
     ui.net_config = frame(QStringLiteral("net_config"), QStringLiteral("Network Configuration"));
     auto* grid = new QGridLayout(ui.net_config);
-    ui.txt_ip = named(new QLineEdit, QStringLiteral("txt_ip"));
-    ui.txt_net = named(new QLineEdit, QStringLiteral("txt_net"));
-    ui.txt_gate = named(new QLineEdit, QStringLiteral("txt_gate"));
+    ui.txt_ip = named(unshaped(new QLineEdit), QStringLiteral("txt_ip"));
+    ui.txt_net = named(unshaped(new QLineEdit), QStringLiteral("txt_net"));
+    ui.txt_gate = named(unshaped(new QLineEdit), QStringLiteral("txt_gate"));
     ui.cbo_ip_type = list(QStringLiteral("cbo_ip_type"));
     grid->addWidget(label(QStringLiteral("Address Type")), 0, 0);
     grid->addWidget(ui.cbo_ip_type, 0, 1, 1, 2);
@@ -405,7 +416,7 @@ QHBoxLayout* topRow(Controls& ui) {
     buildConnectInterface(ui);
     buildSystemSettings(ui);
     buildNetworkConfig(ui);
-    ui.TextInfo = named(new QLineEdit, QStringLiteral("TextInfo"));
+    ui.TextInfo = named(unshaped(new QLineEdit), QStringLiteral("TextInfo"));
     ui.TextInfo->setReadOnly(true);
     auto* left = new QVBoxLayout;
     left->addWidget(ui.con_interface);

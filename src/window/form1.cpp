@@ -47,10 +47,10 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
     new PaintPacer(this);
 
     dispatcher_ = std::make_unique<ReplyDispatcher>(link, [this] { return selected(); });
-    connect(dispatcher_.get(), &ReplyDispatcher::chunkReceived, this, [this](const QString& chunk) {
-        ui.TextInfo->setText(QString());
-        ui.TextInfo->setText(ui.TextInfo->text() + chunk);
-    });
+    // The old box was cleared and then given the chunk: the same text, set once here,
+    // since every setText lays the text out anew.
+    connect(dispatcher_.get(), &ReplyDispatcher::chunkReceived, this,
+            [this](const QString& chunk) { ui.TextInfo->setText(chunk); });
 
     network_ = std::make_unique<NetworkConfig>(*this);
     bezel_ = std::make_unique<BezelCorrection>(*this);

@@ -41,6 +41,28 @@ QLineEdit* unshaped(QLineEdit* edit) {
     return edit;
 }
 
+// A place in a layout for a control that is shown and hidden while the window works
+// ("Connecting...", the progress bar). A control in a layout makes the whole window
+// lay itself out again each time it appears or goes; in a place of its own it lays
+// out nothing but itself. The place keeps the control's size whether it shows or not.
+class Place : public QWidget {
+public:
+    explicit Place(QWidget* control) : control_(control) {
+        control->setParent(this);
+        QSizePolicy policy = control->sizePolicy();
+        policy.setRetainSizeWhenHidden(false);
+        setSizePolicy(policy);
+    }
+    QSize sizeHint() const override { return control_->sizeHint(); }
+    QSize minimumSizeHint() const override { return control_->minimumSizeHint(); }
+
+protected:
+    void resizeEvent(QResizeEvent*) override { control_->setGeometry(rect()); }
+
+private:
+    QWidget* control_;
+};
+
 QPushButton* button(const QString& name, const QString& caption) {
     return named(new QPushButton(caption), name);
 }
@@ -113,7 +135,7 @@ void buildConnectInterface(Controls& ui) {
     grid->addWidget(ui.cbo_ipaddr, 0, 1, 1, 2);
     grid->addWidget(ui.lbl_con[1], 1, 0);
     grid->addWidget(ui.cbo_model, 1, 1);
-    grid->addWidget(ui.lbl_con[2], 1, 2);
+    grid->addWidget(new Place(ui.lbl_con[2]), 1, 2);
     grid->addWidget(ui.btn_con, 2, 1);
     grid->addWidget(ui.btn_discon, 2, 2);
     grid->setColumnStretch(1, 1);
@@ -139,16 +161,13 @@ void buildSystemSettings(Controls& ui) {
     ui.ProgressBar1 = named(new QProgressBar, QStringLiteral("ProgressBar1"));
     ui.ProgressBar1->setRange(0, 100);
     ui.ProgressBar1->setValue(0);
-    ui.ProgressBar1->setVisible(false);
-    QSizePolicy keepPlace = ui.ProgressBar1->sizePolicy(); // the buttons above never move
-    keepPlace.setRetainSizeWhenHidden(true);
-    ui.ProgressBar1->setSizePolicy(keepPlace);
+    ui.ProgressBar1->setVisible(false); // its place stays: the buttons above never move
     grid->addWidget(ui.Check1[0], 0, 1);
     grid->addWidget(ui.btn_sys_fac_rst, 1, 0);
     grid->addWidget(ui.Check1[1], 1, 1);
     grid->addWidget(ui.btn_sys_search, 2, 0);
     grid->addWidget(ui.btn_sys_refresh, 2, 1);
-    grid->addWidget(ui.ProgressBar1, 3, 0, 1, 2);
+    grid->addWidget(new Place(ui.ProgressBar1), 3, 0, 1, 2);
 }
 
 void buildNetworkConfig(Controls& ui) {

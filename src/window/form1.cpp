@@ -15,6 +15,7 @@
 #include "wall/positiontrim.h"
 #include "wall/wallgeometry.h"
 #include "window/events.h"
+#include "window/paintpacer.h"
 #include "window/statusrefresh.h"
 
 #include <QApplication>
@@ -44,12 +45,12 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
     buildControls(content, ui);
     area->setWidget(content);
     setCentralWidget(area);
+    new PaintPacer(this);
 
     dispatcher_ = std::make_unique<ReplyDispatcher>(link, [this] { return selected(); });
-    connect(dispatcher_.get(), &ReplyDispatcher::chunkReceived, this, [this](const QString& chunk) {
-        ui.TextInfo->setText(QString());
-        ui.TextInfo->setText(ui.TextInfo->text() + chunk);
-    });
+    // The box shows the last chunk received, exactly as it came.
+    connect(dispatcher_.get(), &ReplyDispatcher::chunkReceived, this,
+            [this](const QString& chunk) { ui.TextInfo->setText(chunk); });
 
     network_ = std::make_unique<NetworkConfig>(*this);
     bezel_ = std::make_unique<BezelCorrection>(*this);

@@ -17,8 +17,11 @@ class Prober : public QObject {
 public:
     struct Settings {
         quint16 port = 23;
+        // On a LAN a host that is there connects within milliseconds and a controller
+        // answers RVER at once, so a whole /24 is done in about a second: absent hosts
+        // are given up at the connect time-out, silent listeners at the reply one.
         int connectTimeoutMs = 1000;
-        int replyTimeoutMs = 1500;
+        int replyTimeoutMs = 1000;
         int parallel = 256;
     };
     // "VERS102\r\n" is nine bytes; a host that runs on longer is not a controller.

@@ -192,20 +192,7 @@ int main(int argc, char* argv[]) {
     };
 
     bench::Samples figure, floor;
-    for (int i = -3; i < runs; ++i) {
-        double w, b;
-        if (i % 2) {
-            w = windowRun();
-            b = bareRun();
-        } else {
-            b = bareRun();
-            w = windowRun();
-        }
-        if (i >= 0) {
-            figure.add(w);
-            floor.add(b);
-        }
-    }
+    bench::alternate(runs, 3, windowRun, bareRun, figure, floor);
     bench::report("allip", "click to last byte at 64 controllers", figure,
                   "64 send() calls to the same listeners", floor, "ms");
     return 0;

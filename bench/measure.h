@@ -48,6 +48,27 @@ inline void printSide(const char* side, const std::string& what, const Samples& 
                 s.median(), unit, s.min(), s.max(), s.values.size());
 }
 
+// Runs the figure and its floor in turn, swapping their order every pair, after
+// `unrecorded` pairs that warm up and are not kept.
+template <typename FigureRun, typename FloorRun>
+void alternate(int runs, int unrecorded, FigureRun figureRun, FloorRun floorRun, Samples& figure,
+               Samples& floor) {
+    for (int i = -unrecorded; i < runs; ++i) {
+        double a, b;
+        if (i % 2) {
+            a = figureRun();
+            b = floorRun();
+        } else {
+            b = floorRun();
+            a = figureRun();
+        }
+        if (i >= 0) {
+            figure.add(a);
+            floor.add(b);
+        }
+    }
+}
+
 // Prints both sides, their ratio and the RESULT line. The ratio of medians is the
 // figure that counts: absolute times drift with the machine's load.
 inline void report(const std::string& name, const std::string& figureWhat, const Samples& figure,

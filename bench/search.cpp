@@ -189,20 +189,7 @@ int main(int argc, char* argv[]) {
     };
 
     bench::Samples figure, floor;
-    for (int i = DefaultControllers ? -2 : 0; i < runs; ++i) {
-        double s, b;
-        if (i % 2) {
-            s = search();
-            b = bare();
-        } else {
-            b = bare();
-            s = search();
-        }
-        if (i >= 0) {
-            figure.add(s);
-            floor.add(b);
-        }
-    }
+    bench::alternate(runs, DefaultControllers ? 2 : 0, search, bare, figure, floor);
     const std::string what = "ZEDA.exe, " + hosts + ", " + std::to_string(expect) + " found";
     bench::report(Name, what, figure, "bare parallel connect + RVER probe, same hosts", floor,
                   "ms");

@@ -106,20 +106,8 @@ int main(int argc, char* argv[]) {
     const std::string app = BENCH_DIR "/window_app";
     const std::string bare = BENCH_DIR "/window_bare";
     bench::Samples figure, floor;
-    for (int i = Memory ? 0 : -2; i < runs; ++i) {
-        double a, b;
-        if (i % 2) {
-            a = run(app);
-            b = run(bare);
-        } else {
-            b = run(bare);
-            a = run(app);
-        }
-        if (i >= 0) {
-            figure.add(a);
-            floor.add(b);
-        }
-    }
+    bench::alternate(
+        runs, Memory ? 0 : 2, [&] { return run(app); }, [&] { return run(bare); }, figure, floor);
     if (Memory)
         bench::report("idle_memory", "tool's window, idle, resident", figure,
                       "window with one label, idle, resident", floor, "MiB");

@@ -1,7 +1,7 @@
 #include "picture/pictureread.h"
 
-#include "link/command.h"
-#include "link/legacytext.h"
+#include "protocol/command.h"
+#include "protocol/legacytext.h"
 #include "picture/picturecontrols.h"
 #include "window/events.h"
 #include "window/session.h"

@@ -1,6 +1,6 @@
 #include "system/discovery.h"
 
-#include "link/legacytext.h"
+#include "protocol/legacytext.h"
 #include "window/events.h"
 #include "window/session.h"
 

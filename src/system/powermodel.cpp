@@ -1,6 +1,6 @@
 #include "system/powermodel.h"
 
-#include "link/command.h"
+#include "protocol/command.h"
 #include "window/events.h"
 #include "window/session.h"
 

@@ -1,7 +1,7 @@
 #include "wall/bezelcorrection.h"
 
-#include "link/command.h"
-#include "link/legacytext.h"
+#include "protocol/command.h"
+#include "protocol/legacytext.h"
 #include "window/events.h"
 #include "window/session.h"
 

@@ -1,6 +1,6 @@
 #include "wall/bypasshotkey.h"
 
-#include "link/command.h"
+#include "protocol/command.h"
 #include "window/session.h"
 
 #include <QCheckBox>

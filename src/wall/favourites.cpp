@@ -1,6 +1,6 @@
 #include "wall/favourites.h"
 
-#include "link/command.h"
+#include "protocol/command.h"
 #include "window/session.h"
 
 #include <QProgressBar>

@@ -1,6 +1,6 @@
 #include "window/form1.h"
 
-#include "link/legacytext.h"
+#include "protocol/legacytext.h"
 #include "link/replydispatcher.h"
 #include "output/iosetters.h"
 #include "output/iosetup.h"

@@ -1,7 +1,7 @@
 #include "window/statusrefresh.h"
 
-#include "link/command.h"
-#include "link/legacytext.h"
+#include "protocol/command.h"
+#include "protocol/legacytext.h"
 #include "output/iosetup.h"
 #include "system/networkconfig.h"
 #include "wall/bezelcorrection.h"

@@ -1,6 +1,6 @@
-#include "link/command.h"
+#include "protocol/command.h"
 
-#include "link/legacytext.h"
+#include "protocol/legacytext.h"
 
 namespace reply {
 

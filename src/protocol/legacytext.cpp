@@ -1,4 +1,4 @@
-#include "link/legacytext.h"
+#include "protocol/legacytext.h"
 
 #include <cmath>
 

@@ -131,7 +131,7 @@ int main(int argc, char* argv[]) {
     Form1 form;
     form.ui.cbo_ipaddr->addItem(QStringLiteral("02-00-7F-3D-00-01"));
     form.ui.cbo_ipaddr->setCurrentIndex(0);
-    form.ip_list = QStringList{QString::fromLatin1(Address)};
+    form.session().setAddresses(QStringList{QString::fromLatin1(Address)});
     form.ui.cbo_model->addItem(QStringLiteral(" 0")); // the controller's model number
     form.ui.con_interface->setEnabled(true);          // as after a search
     if (Shown) {

@@ -72,12 +72,12 @@ void TestDiscovery::searchFillsListsAndSelectsFirst() {
     QCOMPARE(devices->count(), 2);
     QCOMPARE(devices->itemText(0), QStringLiteral("AA-BB-CC-DD-EE-01"));
     QCOMPARE(devices->itemText(1), QStringLiteral("AA-BB-CC-DD-EE-02"));
-    QCOMPARE(form.ip_list, (QStringList{"127.11.1.1", "127.11.1.2"}));
+    QCOMPARE(form.session().addresses(), (QStringList{"127.11.1.1", "127.11.1.2"}));
     QCOMPARE(form.ui.cbo_model->count(), 2);
     QCOMPARE(form.ui.cbo_model->itemText(1), QStringLiteral(" 1"));
     QCOMPARE(devices->currentIndex(), 0);
     QVERIFY(find<QGroupBox>(form, QStringLiteral("con_interface"))->isEnabled());
-    QVERIFY(form.search_done);
+    QVERIFY(form.session().searchDone());
     QCOMPARE(boxes.texts(), (QStringList{"Search MAC completed !", "Refresh completed !"}));
     QCOMPARE(boxes.seen().first().icon, QMessageBox::Information);
     // Selecting the first device reconnects it alone: OSD info, then the refresh.
@@ -98,7 +98,7 @@ void TestDiscovery::emptyResultFindsNothing() {
     QCOMPARE(form.ui.cbo_ipaddr->count(), 0);
     QCOMPARE(form.ui.cbo_model->count(), 1); // left as it was
     QVERIFY(!find<QGroupBox>(form, QStringLiteral("con_interface"))->isEnabled());
-    QVERIFY(!form.search_done);
+    QVERIFY(!form.session().searchDone());
 }
 
 void TestDiscovery::missingFiles_data() {
@@ -167,7 +167,7 @@ void TestDiscovery::failedAutomaticSelectionKeepsWindow() {
     Form1 form;
     search(form);
     QCOMPARE(boxes.texts(), (QStringList{"Search MAC completed !", "Connected error!"}));
-    QVERIFY(form.search_done); // not torn down by SetOffline
+    QVERIFY(form.session().searchDone()); // not torn down by SetOffline
     QVERIFY(find<QGroupBox>(form, QStringLiteral("con_interface"))->isEnabled());
     QCOMPARE(form.ui.cbo_ipaddr->count(), 1);
 }
@@ -192,8 +192,8 @@ void TestDiscovery::moreThan255DevicesKeepsFirst255() {
     Form1 form;
     search(form);
     QCOMPARE(form.ui.cbo_ipaddr->count(), 255);
-    QCOMPARE(form.ip_list.size(), 255);
-    QCOMPARE(form.ip_list.last(), QStringLiteral("127.11.5.255"));
+    QCOMPARE(form.session().addresses().size(), 255);
+    QCOMPARE(form.session().addresses().last(), QStringLiteral("127.11.5.255"));
     QCOMPARE(form.ui.cbo_model->count(), 255);
     QVERIFY(boxes.texts().first().contains(QStringLiteral("255")));
     QVERIFY(boxes.texts().contains(QStringLiteral("Search MAC completed !")));

@@ -44,7 +44,7 @@ void TestEndToEnd::searchListsConnectsAndReadsBack() {
     Form1 form;
     driver::click(find<QPushButton>(form, QStringLiteral("btn_sys_search")), 60);
 
-    QCOMPARE(form.ip_list, (QStringList{"127.22.0.1", "127.22.0.2", "127.22.0.3"}));
+    QCOMPARE(form.session().addresses(), (QStringList{"127.22.0.1", "127.22.0.2", "127.22.0.3"}));
     QCOMPARE(form.ui.cbo_ipaddr->count(), 3);
     const QRegularExpression mac(QStringLiteral("^([0-9A-F]{2}-){5}[0-9A-F]{2}$"));
     for (int i = 0; i < 3; ++i)
@@ -59,7 +59,7 @@ void TestEndToEnd::searchListsConnectsAndReadsBack() {
 
     boxes.clear();
     driver::click(find<QPushButton>(form, QStringLiteral("btn_con")));
-    QVERIFY(form.is_connected);
+    QVERIFY(form.session().isConnected());
     QCOMPARE(boxes.texts(), QStringList{"Refresh completed !"});
     for (sim::VirtualController* controller : wall.controllers())
         QTRY_VERIFY(controller->connectionCount() >= 1);

@@ -152,7 +152,7 @@ private:
         if (QApplication::activeModalWidget())
             return;
         QAbstractButton* button =
-            form_.is_connected ? buttons_.at(pick(int(buttons_.size()))) : form_.ui.btn_con;
+            form_.session().isConnected() ? buttons_.at(pick(int(buttons_.size()))) : form_.ui.btn_con;
         if (!button->isEnabled() || !button->isVisible())
             return;
         ++presses_;
@@ -164,14 +164,14 @@ private:
 
     // "Stop waiting" ends every wait; nothing starts until that has been checked.
     void stopAndCheck() {
-        if (!form_.pump.waiting() || QApplication::activeModalWidget())
+        if (!form_.session().pump().waiting() || QApplication::activeModalWidget())
             return;
         ++stops_;
         settling_ = true;
         stop_->click();
         QTimer::singleShot(150, [this] {
             settling_ = false;
-            if (form_.pump.waiting() && failure_.isEmpty())
+            if (form_.session().pump().waiting() && failure_.isEmpty())
                 failure_ =
                     QStringLiteral("a wait went on after Stop waiting (step %1)").arg(steps_);
         });
@@ -180,10 +180,10 @@ private:
     void finish() {
         if (done_)
             return;
-        if (form_.pump.waiting() && !QApplication::activeModalWidget())
+        if (form_.session().pump().waiting() && !QApplication::activeModalWidget())
             stop_->click();
         QTimer::singleShot(300, [this] {
-            if (form_.pump.waiting() || QApplication::activeModalWidget()) {
+            if (form_.session().pump().waiting() || QApplication::activeModalWidget()) {
                 finish(); // a box still up, or a wait that began inside it
                 return;
             }
@@ -231,7 +231,7 @@ void TestFuzz::replyPath() {
     QTRY_VERIFY_WITH_TIMEOUT(fuzzer.done(), (seconds + 60) * 1000);
     qInfo("%s", qPrintable(fuzzer.summary()));
     QVERIFY2(fuzzer.failure().isEmpty(), qPrintable(fuzzer.failure()));
-    QVERIFY(!form.pump.waiting());
+    QVERIFY(!form.session().pump().waiting());
 }
 
 int main(int argc, char* argv[]) {

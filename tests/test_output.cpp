@@ -34,7 +34,7 @@ struct Bench {
     }
     // The lines each controller got since the last call, ending with a marker sent to all.
     QList<QStringList> received() {
-        form.sendAll("MARK\r\n");
+        form.session().sendAll("MARK\r\n");
         QList<QStringList> all;
         for (FakeController& device : devices) {
             (void)QTest::qWaitFor([&] { return device.lines().contains("MARK"); });
@@ -119,7 +119,7 @@ void TestOutput::setters() {
     // With the link down the first key or the pick is refused; two settings keep the model.
     bench.boxes.clear();
     bench.devices[1].dropConnections();
-    QTRY_VERIFY(!bench.form.linkUp());
+    QTRY_VERIFY(!bench.form.session().linkUp());
     act(bench.form, control, action.left(1));
     QCOMPARE(bench.boxes.texts(), QStringList{"Ethernet is disconnected !"});
     QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Critical);

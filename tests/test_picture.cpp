@@ -55,7 +55,7 @@ struct Bench {
     }
     // Compares what each controller got since the last call, up to a marker sent to both.
     void expect(const QStringList& toFirst, const QStringList& toSecond = {}) {
-        form.sendAll("MARK\r\n");
+        form.session().sendAll("MARK\r\n");
         QTRY_COMPARE(first.lines(), toFirst + QStringList{"MARK"});
         QTRY_COMPARE(second.lines(), toSecond + QStringList{"MARK"});
         first.clear();

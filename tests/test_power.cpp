@@ -34,8 +34,8 @@ struct Bench {
     // Compares what each controller got since the last call, up to a marker sent to all
     // while the link is up.
     void expect(const QStringList& toSelected, bool toAll) {
-        const QStringList mark = form.linkUp() ? QStringList{"MARK"} : QStringList();
-        form.sendAll("MARK\r\n"); // sends nothing when offline
+        const QStringList mark = form.session().linkUp() ? QStringList{"MARK"} : QStringList();
+        form.session().sendAll("MARK\r\n"); // sends nothing when offline
         for (int i = 0; i < 3; ++i) {
             QTRY_COMPARE(devices[i].lines(), (i == 1 || toAll ? toSelected : QStringList()) + mark);
             devices[i].clear();
@@ -82,13 +82,13 @@ void TestPower::buttons() {
     bench.boxes.hold(true);
     const auto shown = [&] { return !bench.boxes.texts().isEmpty(); };
     driver::when(&bench.form, shown, [&] {
-        onlineAtMessage = bench.form.linkUp();
+        onlineAtMessage = bench.form.session().linkUp();
         bench.boxes.pressNow();
     });
 
     driver::click(driver::find<QPushButton>(bench.form, button)); // hidden ones too
     QCOMPARE(wait, quint8(0));
-    QCOMPARE(bench.form.linkUp(), online);
+    QCOMPARE(bench.form.session().linkUp(), online);
     QCOMPARE(bench.boxes.texts(), message.isNull() ? QStringList() : QStringList{message});
     QCOMPARE(onlineAtMessage, online);
     if (!message.isNull())
@@ -112,7 +112,7 @@ void TestPower::modelAndLinkDown() {
 
     bench.boxes.clear();
     bench.devices[1].dropConnections();
-    QTRY_VERIFY(!bench.form.linkUp());
+    QTRY_VERIFY(!bench.form.session().linkUp());
     driver::click(bench.form.ui.btn_sys_fac_rst);
     QCOMPARE(bench.form.w.wait_default, quint8(1));
     driver::pick(bench.form.ui.cbo_model, 1);

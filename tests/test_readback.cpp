@@ -64,7 +64,7 @@ private:
         for (FakeController* device : devices)
             addresses << device->address();
         driver::connectTo(form, addresses);
-        QVERIFY(form.is_connected);
+        QVERIFY(form.session().isConnected());
         boxes.clear();
         for (FakeController* device : devices)
             device->clear();
@@ -195,7 +195,7 @@ void TestReadBack::staticSetIpWritesFiveLinesThenGoesOffline() {
              (QStringList{"SIPM 1", "SIPA 127.012.006.009", "SMAA 255.0.0.0", "SGAA ", "SREL"}));
     QCOMPARE(boxes.texts(), QStringList{"Set STATIC IP completed, please re-link the ethernet !"});
     QCOMPARE(boxes.seen().first().icon, QMessageBox::Information);
-    QVERIFY(!form.is_connected);
+    QVERIFY(!form.session().isConnected());
     QTRY_COMPARE(device.connectionCount(), 0);
 }
 
@@ -214,13 +214,13 @@ void TestReadBack::dhcpModeSetIpAndRelink() {
     driver::click(find<QPushButton>(form, QStringLiteral("btn_ip_set")));
     QCOMPARE(device.lines(), (QStringList{"SIPM 0", "SREL"}));
     QCOMPARE(boxes.texts(), QStringList{"Set DHCP completed, please re-link the ethernet !"});
-    QVERIFY(!form.is_connected);
+    QVERIFY(!form.session().isConnected());
 
     connectAll(form, {&device}, boxes);
     driver::click(find<QPushButton>(form, QStringLiteral("btn_ip_relink")));
     QCOMPARE(device.lines(), QStringList{"SREL"});
     QVERIFY(boxes.texts().isEmpty());
-    QVERIFY(!form.is_connected);
+    QVERIFY(!form.session().isConnected());
 }
 
 void TestReadBack::ioValues_data() {

@@ -113,7 +113,7 @@ void TestRealInput::typedKeysWheelAndBars() {
     click(find<QPushButton>(form, QStringLiteral("btn_sys_search")));
     QTRY_COMPARE_WITH_TIMEOUT(form.ui.cbo_ipaddr->count(), 2, 30000);
     click(form.ui.btn_con);
-    QTRY_VERIFY(form.is_connected);
+    QTRY_VERIFY(form.session().isConnected());
     QTRY_COMPARE(boxes.texts().count(QStringLiteral("Refresh completed !")), 2);
     for (sim::VirtualController* controller : wall.controllers())
         controller->clearReceived();

@@ -141,14 +141,14 @@ private slots:
         QFETCH(QString, control);
         Wall wall(4, 2);
         wall.device().dropConnections();
-        QTRY_VERIFY(!wall.form.linkUp());
+        QTRY_VERIFY(!wall.form.session().linkUp());
         if (auto* bar = wall.form.findChild<QScrollBar*>(control))
             bar->setValue(100);
         else
             driver::click(driver::find<QAbstractButton>(wall.form, control));
         QCOMPARE(wall.boxes.texts(), QStringList{"Ethernet is disconnected !"});
         QCOMPARE(wall.boxes.seen().first().icon, QMessageBox::Critical);
-        QVERIFY(!wall.form.is_connected);
+        QVERIFY(!wall.form.session().isConnected());
         QCOMPARE(wall.ui.value_posi[0]->text(), QStringLiteral("Value"));
         QCOMPARE(wall.w.wait_fav + wall.w.wait_hotkey + wall.w.wait_wall + wall.w.wait_posi, 0);
         QTest::qWait(30);

@@ -64,9 +64,8 @@ double contrast(const QColor& a, const QColor& b) {
 void TestWindow::startupState() {
     Form1 form;
     QCOMPARE(form.windowTitle(), QStringLiteral("Panomat Set v1.10"));
-    QVERIFY(!form.at_startup); // start-up ran SetOffline once
-    QVERIFY(!form.is_connected);
-    QVERIFY(!form.search_done);
+    QVERIFY(!form.session().isConnected());
+    QVERIFY(!form.session().searchDone());
     for (const char* frame :
          {"net_config", "con_interface", "frame_control(0)", "frame_control(5)"})
         QVERIFY2(!find<QGroupBox>(form, QLatin1String(frame))->isEnabled(), frame);
@@ -161,7 +160,7 @@ void TestWindow::connectSendsOsdInfoAndEnables() {
     Form1 form;
     driver::connectTo(form, {device.address()});
     QTRY_VERIFY(device.received().startsWith("SOSDI\r\n"));
-    QVERIFY(form.is_connected);
+    QVERIFY(form.session().isConnected());
     QCOMPARE(buttonColour(form, "btn_con"), QColor(0, 255, 0));
     QVERIFY(buttonColour(form, "btn_discon") != QColor(255, 0, 0));
     for (const char* control :
@@ -171,7 +170,7 @@ void TestWindow::connectSendsOsdInfoAndEnables() {
     QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
 
     driver::click(find<QPushButton>(form, QStringLiteral("btn_discon")));
-    QVERIFY(!form.is_connected);
+    QVERIFY(!form.session().isConnected());
     QTRY_COMPARE(device.connectionCount(), 0);
     QCOMPARE(buttonColour(form, "btn_discon"), QColor(255, 0, 0));
     QVERIFY(!find<QGroupBox>(form, QStringLiteral("frame_control(1)"))->isEnabled());
@@ -185,7 +184,7 @@ void TestWindow::connectFailsAfterPassLimit() {
     QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Connected error!")});
     QCOMPARE(boxes.seen().first().icon, QMessageBox::Warning);
     QCOMPARE(boxes.seen().first().buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
-    QVERIFY(!form.is_connected);
+    QVERIFY(!form.session().isConnected());
     QVERIFY(!find<QGroupBox>(form, QStringLiteral("frame_control(0)"))->isEnabled());
     QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
 }
@@ -200,7 +199,7 @@ void TestWindow::connectWithoutSelection() {
     QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Please select a MAC to connect !")});
     QCOMPARE(boxes.seen().first().icon, QMessageBox::Warning);
     QVERIFY(find<QLabel>(form, QStringLiteral("lbl_con(2)"))->isHidden());
-    QVERIFY(!form.is_connected);
+    QVERIFY(!form.session().isConnected());
     QTRY_COMPARE(device.acceptedCount(), 1); // every listed device is connected all the same
 }
 
@@ -212,11 +211,11 @@ void TestWindow::guardGoesOfflineWhenDeviceDrops() {
     driver::connectTo(form, {device.address()});
     boxes.clear();
     device.dropConnections();
-    QTRY_VERIFY(!form.linkUp());
-    QVERIFY(!form.guard());
+    QTRY_VERIFY(!form.session().linkUp());
+    QVERIFY(!form.session().guard());
     QCOMPARE(boxes.texts(), QStringList{QStringLiteral("Ethernet is disconnected !")});
     QCOMPARE(boxes.seen().first().icon, QMessageBox::Critical);
-    QVERIFY(!form.is_connected);
+    QVERIFY(!form.session().isConnected());
     QVERIFY(!find<QGroupBox>(form, QStringLiteral("net_config"))->isEnabled());
 }
 
@@ -234,7 +233,7 @@ void TestWindow::selectionReconnectsOnlyThatDevice() {
     QCOMPARE(second.acceptedCount(), 2);
     QTRY_VERIFY(second.received().startsWith("SOSDI\r\n"));
     QCOMPARE(first.acceptedCount(), 1);
-    QVERIFY(form.is_connected);
+    QVERIFY(form.session().isConnected());
 }
 
 void TestWindow::tenDevicesConnect() {
@@ -252,9 +251,9 @@ void TestWindow::tenDevicesConnect() {
         QTRY_COMPARE(device->acceptedCount(), 1);
     // A broadcast reaches every listed socket; one that is down is passed over silently.
     devices[4]->stopListening();
-    QTRY_VERIFY(!form.link.isConnected(4));
+    QTRY_VERIFY(!form.session().link().isConnected(4));
     boxes.clear();
-    form.sendAll("SFAVE 2\r\n");
+    form.session().sendAll("SFAVE 2\r\n");
     for (int i = 0; i < 10; ++i)
         QTRY_COMPARE(devices[i]->lines().contains(QStringLiteral("SFAVE 2")), i != 4);
     QVERIFY(boxes.texts().isEmpty());
@@ -291,12 +290,11 @@ void TestWindow::closingEndsRunningWait() {
             closedDuringWait = true;
             form.close();
         });
-        form.w.wait_wall = 1;
-        result = form.waitFor(form.w.wait_wall, 2); // no reply ever comes
+        result = form.session().pump().until([] { return false; }); // no reply ever comes
     });
     QTRY_VERIFY(closedDuringWait);
     QVERIFY(!result);
-    QVERIFY(form.pump.cancelled());
+    QVERIFY(form.session().pump().cancelled());
 }
 
 // The green and red buttons keep their colours and readable text, enabled or not (the
@@ -370,7 +368,7 @@ void TestWindow::stopWaitingLeavesAStrandedWait() {
             }
             device.dropConnections();
             driver::when(
-                &form, [&] { return !form.linkUp(); },
+                &form, [&] { return !form.session().linkUp(); },
                 [&] {
                     QVERIFY(!stop->parentWidget()->isHidden() && stop->isEnabled());
                     QVERIFY(!form.ui.sys_setting->isEnabled()); // locked, Disconnect too
@@ -396,7 +394,7 @@ void TestWindow::stopWaitingLeavesAStrandedWait() {
     QVERIFY(!form.ui.ProgressBar1->isVisible());
     QVERIFY(form.ui.con_interface->isEnabled() && form.ui.sys_setting->isEnabled());
     QVERIFY(form.ui.btn_sys_search->isEnabled());
-    QVERIFY(!form.ui.frame_control[1]->isEnabled() && !form.is_connected); // offline
+    QVERIFY(!form.ui.frame_control[1]->isEnabled() && !form.session().isConnected()); // offline
 
     device.speak(stall.left(4));
     driver::click(form.ui.btn_con);
@@ -433,7 +431,7 @@ void TestWindow::floodFromAnotherControllerIsNotTakenIn() {
         taken = now;
     }
     QVERIFY2(taken < 16 * 1024 * 1024, qPrintable(QStringLiteral("%1 bytes taken").arg(taken)));
-    QVERIFY(form.linkUp());
+    QVERIFY(form.session().linkUp());
 }
 
 int main(int argc, char* argv[]) {

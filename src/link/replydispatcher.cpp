@@ -8,15 +8,13 @@ ReplyDispatcher::ReplyDispatcher(DeviceLink& link, std::function<int()> selected
     connect(&link_, &DeviceLink::dataArrived, this, &ReplyDispatcher::onDataArrived);
 }
 
-void ReplyDispatcher::plug(ReplySlot slot, Handler handler) {
-    handlers_[static_cast<size_t>(slot)] = std::move(handler);
+void ReplyDispatcher::add(Handler handler) {
+    handlers_.push_back(std::move(handler));
 }
 
 void ReplyDispatcher::onDataArrived() {
     const QString chunk = link_.readAll(selectedIndex_());
     emit chunkReceived(chunk);
-    for (const Handler& handler : handlers_) {
-        if (handler)
-            handler(chunk);
-    }
+    for (const Handler& handler : handlers_)
+        handler(chunk);
 }

@@ -2,33 +2,15 @@
 
 #include <QObject>
 #include <QString>
-#include <array>
 #include <functional>
+#include <vector>
 
 class DeviceLink;
 
-// The thirteen reply handlers, in the order every received chunk is offered to them.
-enum class ReplySlot {
-    Status,
-    IoSetup,
-    NetworkRead,
-    NetworkWrite,
-    Wall,
-    PictureRead,
-    PictureReset,
-    OsdReset,
-    WallDefaultHotKey,
-    PowerConfirm,
-    BezelRead,
-    BezelWrite,
-    Position,
-    Count
-};
-
-// Hands each received chunk, unsplit, to every handler in slot order. The chunk is
-// always read from the selected controller's socket, whichever socket raised the
-// event: after a broadcast the other controllers' replies stay in their buffers.
-// No lines are assembled, so a chunk holding two replies is seen as the first one.
+// Hands each received chunk, unsplit, to every handler in the order they were added.
+// The chunk is always read from the selected controller's socket, whichever socket
+// raised the event: after a broadcast the other controllers' replies stay in their
+// buffers. No lines are assembled, so a chunk holding two replies is seen as the first.
 class ReplyDispatcher : public QObject {
     Q_OBJECT
 public:
@@ -37,7 +19,7 @@ public:
     ReplyDispatcher(DeviceLink& link, std::function<int()> selectedIndex,
                     QObject* parent = nullptr);
 
-    void plug(ReplySlot slot, Handler handler);
+    void add(Handler handler);
 
 signals:
     // The chunk just read, before any handler sees it.
@@ -48,5 +30,5 @@ private:
 
     DeviceLink& link_;
     std::function<int()> selectedIndex_;
-    std::array<Handler, static_cast<size_t>(ReplySlot::Count)> handlers_;
+    std::vector<Handler> handlers_;
 };

@@ -2,8 +2,9 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "window/events.h"
-#include "window/session.h"
+#include "session/events.h"
+#include "output/iosetup.h"
+#include "session/session.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -29,8 +30,8 @@ const char* osdKeyword(int index) {
 
 } // namespace
 
-IoSetters::IoSetters(Session& session) : s_(session) {
-    Controls& ui = s_.ui;
+IoSetters::IoSetters(Session& session, const IoSetup& page) : s_(session), page_(page) {
+    Controls& ui = s_.ui();
     events::onClick(ui.cbo_reso, [this] { cbo_reso_Click(); });
     events::onClick(ui.cbo_info_play, [this] { cbo_info_play_Click(); });
     for (int i = 0; i < 2; ++i) {
@@ -45,75 +46,60 @@ IoSetters::IoSetters(Session& session) : s_(session) {
                          [this, i] { opt_mute_Click(i); });
 }
 
-bool IoSetters::linkTest(bool clearModel) {
-    if (s_.linkUp())
-        return true;
-    s_.critical(QStringLiteral("Ethernet is disconnected !"));
-    // Only the selection goes; the model list's own Click is not raised by this.
-    if (clearModel)
-        s_.ui.cbo_model->setCurrentIndex(-1);
-    s_.SetOffline();
-    return false;
-}
-
-bool IoSetters::pageBusy() const {
-    return s_.w.wait_io != 0 || s_.w.wait_osd_reset != 0;
-}
-
 void IoSetters::sendSetting(int allIpBox, const QByteArray& line) {
-    s_.sendTo(s_.ui.chk_io[allIpBox]->isChecked(), line);
+    s_.sendTo(s_.ui().chk_io[allIpBox]->isChecked(), line);
 }
 
 void IoSetters::cbo_reso_Click() {
-    if (!linkTest(true) || pageBusy())
+    if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
         return;
-    sendSetting(ResoBox, command::line(QStringLiteral("SRES"), s_.ui.cbo_reso->currentIndex()));
+    sendSetting(ResoBox, command::line(QStringLiteral("SRES"), s_.ui().cbo_reso->currentIndex()));
 }
 
 // Leaves the model list alone when the link is down, unlike the resolution and OSD lists.
 void IoSetters::cbo_info_play_Click() {
-    if (!linkTest(false) || pageBusy())
+    if (!s_.guard() || page_.busy())
         return;
     sendSetting(InfoPlayBox,
-                command::line(QStringLiteral("SOSDD"), s_.ui.cbo_info_play->currentIndex()));
+                command::line(QStringLiteral("SOSDD"), s_.ui().cbo_info_play->currentIndex()));
 }
 
 void IoSetters::cbo_osd_Click(int index) {
-    if (!linkTest(true) || pageBusy())
+    if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
         return;
     sendSetting(
         index == 0 ? OsdHBox : OsdVBox,
-        command::line(QLatin1String(osdKeyword(index)), s_.ui.cbo_osd[index]->currentIndex()));
+        command::line(QLatin1String(osdKeyword(index)), s_.ui().cbo_osd[index]->currentIndex()));
 }
 
 // The list shows the timeout itself, starting at 2 seconds.
 void IoSetters::cbo_osd_time_Click() {
-    if (!linkTest(true) || pageBusy())
+    if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
         return;
     sendSetting(OsdTimeBox,
-                command::line(QStringLiteral("SOSDT"), s_.ui.cbo_osd_time->currentIndex() + 2));
+                command::line(QStringLiteral("SOSDT"), s_.ui().cbo_osd_time->currentIndex() + 2));
 }
 
 void IoSetters::cbo_osd_gain_Click() {
-    if (!linkTest(true) || pageBusy())
+    if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
         return;
     sendSetting(GainBox,
-                command::line(QStringLiteral("SOSDG"), s_.ui.cbo_osd_gain->currentIndex()));
+                command::line(QStringLiteral("SOSDG"), s_.ui().cbo_osd_gain->currentIndex()));
 }
 
 void IoSetters::opt_mute_Click(int index) {
-    if (!linkTest(false) || pageBusy())
+    if (!s_.guard() || page_.busy())
         return;
     sendSetting(MuteBox, command::line(QStringLiteral("SMUTE"), index));
 }
 
 void IoSetters::cbo_osd_KeyDown(int index, int keyCode) {
-    typedSetter(s_.ui.cbo_osd[index], QLatin1String(osdKeyword(index)), 20,
+    typedSetter(s_.ui().cbo_osd[index], QLatin1String(osdKeyword(index)), 20,
                 index == 0 ? OsdHBox : OsdVBox, keyCode);
 }
 
 void IoSetters::cbo_osd_gain_KeyDown(int keyCode) {
-    typedSetter(s_.ui.cbo_osd_gain, QStringLiteral("SOSDG"), 10, GainBox, keyCode);
+    typedSetter(s_.ui().cbo_osd_gain, QStringLiteral("SOSDG"), 10, GainBox, keyCode);
 }
 
 // Enter sends the text exactly as typed once it passes the loose real-valued bounds
@@ -121,17 +107,11 @@ void IoSetters::cbo_osd_gain_KeyDown(int keyCode) {
 // reset of the page: only picks are.
 void IoSetters::typedSetter(QComboBox* box, const QString& keyword, int maximum, int allIpBox,
                             int keyCode) {
-    if (!linkTest(true) || keyCode != events::KeyEnter)
+    if (!s_.guard(Session::Refusal::ClearModelFirst) || keyCode != events::KeyEnter)
         return;
     const QString text = box->lineEdit()->text();
-    const QString refusal = QStringLiteral("Please type 0 ~ %1").arg(maximum);
-    if (!legacy::isNumeric(text)) {
-        s_.exclamation(refusal);
-        return;
-    }
-    const double value = legacy::val(text);
-    if (!(value > -1 && value < maximum + 1)) {
-        s_.exclamation(refusal);
+    if (!legacy::typedWithin(text, -1, maximum + 1)) {
+        s_.exclamation(QStringLiteral("Please type 0 ~ %1").arg(maximum));
         return;
     }
     sendSetting(allIpBox, command::line(keyword, text));

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+class IoSetup;
 class QComboBox;
 class Session;
 
@@ -10,7 +11,7 @@ class Session;
 // "ALL IP" box ticked, to every listed one. Nothing is awaited.
 class IoSetters {
 public:
-    explicit IoSetters(Session& session);
+    IoSetters(Session& session, const IoSetup& page);
 
     void cbo_reso_Click();
     void cbo_info_play_Click();
@@ -22,14 +23,10 @@ public:
     void cbo_osd_gain_KeyDown(int keyCode);
 
 private:
-    // The link test of these setters: message, optionally clear the model list, go
-    // offline. False when the link is down.
-    bool linkTest(bool clearModel);
-    // A click raised while the page is being read or reset is not the operator's.
-    bool pageBusy() const;
     void sendSetting(int allIpBox, const QByteArray& line);
     void typedSetter(QComboBox* box, const QString& keyword, int maximum, int allIpBox,
                      int keyCode);
 
     Session& s_;
+    const IoSetup& page_;
 };

@@ -2,8 +2,7 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "window/events.h"
-#include "window/session.h"
+#include "session/events.h"
 
 #include <QComboBox>
 #include <QPushButton>
@@ -11,7 +10,7 @@
 
 IoSetup::IoSetup(Session& session) : s_(session) {
     for (int i = 0; i < 3; ++i) {
-        QPushButton* button = s_.ui.btn_io_rst[i];
+        QPushButton* button = s_.ui().btn_io_rst[i];
         QObject::connect(button, &QPushButton::clicked, button, [this, i] { btn_io_rst_Click(i); });
     }
 }
@@ -21,12 +20,8 @@ void IoSetup::ReadIoSetup() {
         return;
     static const char* const reads[] = {"RRES",  "ROSDD", "ROSDT", "ROSDH",
                                         "ROSDV", "ROSDG", "RMUTE"};
-    const BusyButtons busy{s_.ui.btn_io_rst[0]};
-    s_.w.wait_io = 1;
-    if (!s_.sendInTurn(s_.w.wait_io, 7,
-                       [](int k) { return command::line(QLatin1String(reads[k])); }))
-        return;
-    s_.w.wait_io = 0;
+    const BusyButtons busy{s_.ui().btn_io_rst[0]};
+    s_.request(read_, 7, [](int k) { return command::line(QLatin1String(reads[k])); });
 }
 
 // Each list set here raises its Click; the setters stay silent while wait_io is busy.
@@ -36,8 +31,7 @@ void IoSetup::HandleIoSetupReply(const QString& reply) {
     const QString key = reply::key(reply);
     const QString text = reply::value(reply);
     const int value = legacy::roundHalfEven(legacy::val(text));
-    quint8& step = s_.w.wait_io;
-    Controls& ui = s_.ui;
+    Controls& ui = s_.ui();
     struct ListStep {
         const char* key;
         QComboBox* list;
@@ -47,22 +41,21 @@ void IoSetup::HandleIoSetupReply(const QString& reply) {
                               {"OSDT", ui.cbo_osd_time, 2}, {"OSDH", ui.cbo_osd[0], 0},
                               {"OSDV", ui.cbo_osd[1], 0},   {"OSDG", ui.cbo_osd_gain, 0}};
     for (int i = 0; i < 6; ++i) {
-        if (key == QLatin1String(lists[i].key) && step == i + 1) {
-            if (!events::setListIndex(lists[i].list, value - lists[i].offset))
-                return;
-            step = static_cast<quint8>(i + 2);
+        if (key == QLatin1String(lists[i].key) && read_.at(i + 1)) {
+            if (events::setListIndex(lists[i].list, value - lists[i].offset))
+                read_.advance();
             return;
         }
     }
-    if (key == QLatin1String("MUTE") && step == 7) {
+    if (key == QLatin1String("MUTE") && read_.at(7)) {
         events::setOption(ui.opt_mute[text == QLatin1String("001") ? 1 : 0]);
-        step = 8;
+        read_.advance();
     }
 }
 
 void IoSetup::HandleOsdResetReply(const QString& reply) {
-    if (reply::key(reply) == QLatin1String("OSDR") && s_.w.wait_osd_reset == 1)
-        s_.w.wait_osd_reset = 2;
+    if (reply::key(reply) == QLatin1String("OSDR") && osdReset_.at(1))
+        osdReset_.advance();
 }
 
 void IoSetup::btn_io_rst_Click(int index) {
@@ -85,18 +78,14 @@ void IoSetup::btn_io_rst_Click(int index) {
 // only the selected controller's acknowledgement ends the wait.
 void IoSetup::resetOsd() {
     const bool everyDevice = s_.askYes(QStringLiteral("Reset All IP ?"));
-    if (s_.pump.cancelled())
+    if (s_.cancelled())
         return;
-    s_.w.wait_osd_reset = 1;
-    showDefaults();
-    s_.sendTo(everyDevice, command::line(QStringLiteral("SOSDR")));
-    if (!s_.waitFor(s_.w.wait_osd_reset, 2))
-        return;
-    s_.w.wait_osd_reset = 0;
+    s_.request(osdReset_, {command::line(QStringLiteral("SOSDR"))},
+               {.all = everyDevice, .armed = [this] { showDefaults(); }});
 }
 
 void IoSetup::showDefaults() {
-    Controls& ui = s_.ui;
+    Controls& ui = s_.ui();
     events::setListIndex(ui.cbo_reso, 6); // 1080p60
     events::setListIndex(ui.cbo_info_play, 0);
     events::setListIndex(ui.cbo_osd_time, 0);

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "session/session.h"
 
-class Session;
+#include <QString>
 
 // The I/O page read back from the selected controller, the OSD reset and "OSD Info".
 class IoSetup {
@@ -13,10 +13,14 @@ public:
     void HandleIoSetupReply(const QString& reply);
     void HandleOsdResetReply(const QString& reply);
     void btn_io_rst_Click(int index);
+    // The page is being read or reset: its lists are set by code, not by the operator.
+    bool busy() const { return !read_.idle() || !osdReset_.idle(); }
 
 private:
     void resetOsd();
     void showDefaults();
 
     Session& s_;
+    WaitStep read_;     // the seven reads
+    WaitStep osdReset_; // "SOSDR"
 };

@@ -2,8 +2,8 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "window/events.h"
-#include "window/session.h"
+#include "session/events.h"
+#include "picture/pictureread.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -20,10 +20,11 @@ std::array<QComboBox*, 5>& pictureRow(Controls& ui, int parameter) {
     return *rows[parameter];
 }
 
-PictureControls::PictureControls(Session& session) : s_(session) {
+PictureControls::PictureControls(Session& session, const PictureRead& grid)
+    : s_(session), grid_(grid) {
     for (int p = 0; p < 4; ++p)
         for (int n = 1; n <= 4; ++n) {
-            QComboBox* box = pictureRow(s_.ui, p)[n];
+            QComboBox* box = pictureRow(s_.ui(), p)[n];
             events::onClick(box, [this, p, n] { pictureClick(p, n); });
             events::onKeyDown(box, [this, p, n](int key) { pictureKeyDown(p, n, key); });
         }
@@ -33,10 +34,10 @@ PictureControls::PictureControls(Session& session) : s_(session) {
 void PictureControls::pictureClick(int parameter, int output) {
     if (!s_.guard())
         return;
-    if (s_.w.wait_image != 0 || s_.w.wait_image_reset != 0)
+    if (grid_.busy())
         return;
     s_.send(command::line(QLatin1String(Keywords[parameter]), output,
-                          pictureRow(s_.ui, parameter)[output]->currentIndex()));
+                          pictureRow(s_.ui(), parameter)[output]->currentIndex()));
 }
 
 // Enter sends the text as typed when -1 < value < 101, real-valued ("100.5" passes).
@@ -44,8 +45,8 @@ void PictureControls::pictureClick(int parameter, int output) {
 void PictureControls::pictureKeyDown(int parameter, int output, int keyCode) {
     if (!s_.guard() || keyCode != events::KeyEnter)
         return;
-    const QString text = pictureRow(s_.ui, parameter)[output]->lineEdit()->text();
-    if (!legacy::isNumeric(text) || !(legacy::val(text) > -1 && legacy::val(text) < 101)) {
+    const QString text = pictureRow(s_.ui(), parameter)[output]->lineEdit()->text();
+    if (!legacy::typedWithin(text, -1, 101)) {
         s_.exclamation(QStringLiteral("Please type 0 ~ 100"));
         return;
     }

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "window/controls.h"
+#include "session/controls.h"
 
 #include <QString>
 
+class PictureRead;
 class QComboBox;
 class Session;
 
@@ -16,7 +17,7 @@ std::array<QComboBox*, 5>& pictureRow(Controls& ui, int parameter);
 // belong to the reset buttons. Nothing is awaited.
 class PictureControls {
 public:
-    explicit PictureControls(Session& session);
+    PictureControls(Session& session, const PictureRead& grid);
 
     // parameter 0 brightness, 1 contrast, 2 saturation, 3 hue; output 1..4.
     void pictureClick(int parameter, int output);
@@ -24,4 +25,5 @@ public:
 
 private:
     Session& s_;
+    const PictureRead& grid_;
 };

@@ -3,8 +3,7 @@
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
 #include "picture/picturecontrols.h"
-#include "window/events.h"
-#include "window/session.h"
+#include "session/events.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -24,7 +23,7 @@ const char* const ReplyKeys[4] = {"BRIV", "CONV", "SATV", "HUEV"};
 
 PictureRead::PictureRead(Session& session) : s_(session) {
     for (int i = 0; i < 6; ++i)
-        QObject::connect(s_.ui.btn_img_rst[i], &QPushButton::clicked, s_.ui.btn_img_rst[i],
+        QObject::connect(s_.ui().btn_img_rst[i], &QPushButton::clicked, s_.ui().btn_img_rst[i],
                          [this, i] { btn_img_rst_Click(i); });
 }
 
@@ -33,41 +32,34 @@ PictureRead::PictureRead(Session& session) : s_(session) {
 void PictureRead::ReadPicture() {
     if (!s_.guard())
         return;
-    const BusyButtons busy{s_.ui.btn_img_rst[RefreshButton]};
-    s_.w.wait_image = 1;
-    for (int step = 1; step <= 16; ++step) {
-        const int parameter = (step - 1) / 4;
-        const int output = (step - 1) % 4 + 1;
-        s_.send(command::line(QLatin1String(ReadKeywords[parameter]), output));
-        if (!s_.waitFor(s_.w.wait_image, step + 1))
-            return;
-    }
-    s_.w.wait_image = 0;
+    const BusyButtons busy{s_.ui().btn_img_rst[RefreshButton]};
+    s_.request(read_, 16, [](int k) {
+        return command::line(QLatin1String(ReadKeywords[k / 4]), k % 4 + 1);
+    });
 }
 
 // A picture value reply carries its key in characters 8-11 and the value in 12-14;
 // the step says which output it is for. A value outside the list ends the handler
 // before the step advances, and the read keeps waiting.
 void PictureRead::HandlePictureReply(const QString& reply) {
-    const int step = s_.w.wait_image;
+    const int step = read_.value();
     if (step < 1 || step > 16)
         return;
     const int parameter = (step - 1) / 4;
     if (reply::longKey(reply) != QLatin1String(ReplyKeys[parameter]))
         return;
     const long value = legacy::roundHalfEven(legacy::val(reply::longValue(reply)));
-    if (!events::setListIndex(pictureRow(s_.ui, parameter)[(step - 1) % 4 + 1],
+    if (!events::setListIndex(pictureRow(s_.ui(), parameter)[(step - 1) % 4 + 1],
                               static_cast<int>(value)))
         return;
-    s_.w.wait_image = static_cast<quint8>(step + 1);
+    read_.advance();
 }
 
 // Either acknowledgement releases either kind of reset.
 void PictureRead::HandlePictureResetReply(const QString& reply) {
     const QString key = reply::key(reply);
-    if ((key == QLatin1String("IMRE") || key == QLatin1String("PIRE")) &&
-        s_.w.wait_image_reset == 1)
-        s_.w.wait_image_reset = 2;
+    if ((key == QLatin1String("IMRE") || key == QLatin1String("PIRE")) && reset_.at(1))
+        reset_.advance();
 }
 
 void PictureRead::btn_img_rst_Click(int index) {
@@ -78,28 +70,25 @@ void PictureRead::btn_img_rst_Click(int index) {
         return;
     }
     if (index >= 0 && index < 4) {
-        s_.w.wait_image_reset = 1;
-        showDefault(index);
-        reset(s_.ui.Chk_img[index]->isChecked(), command::line(QStringLiteral("SIMRE"), index + 1));
+        reset(s_.ui().Chk_img[index]->isChecked(), command::line(QStringLiteral("SIMRE"), index + 1),
+              index, 1);
     } else if (index == PictureResetButton) {
         // The answer chooses only who gets the reset; the page shows the defaults either way.
         const bool all = s_.askYes(QStringLiteral("Reset All IP ?"));
-        s_.w.wait_image_reset = 1;
-        for (int parameter = 0; parameter < 4; ++parameter)
-            showDefault(parameter);
-        reset(all, command::line(QStringLiteral("SPIRE")));
+        reset(all, command::line(QStringLiteral("SPIRE")), 0, 4);
     }
 }
 
 void PictureRead::showDefault(int parameter) {
     for (int output = 1; output <= 4; ++output)
-        events::setListIndex(pictureRow(s_.ui, parameter)[output], ParameterDefault);
+        events::setListIndex(pictureRow(s_.ui(), parameter)[output], ParameterDefault);
 }
 
 // Only the selected controller's acknowledgement can end the wait.
-void PictureRead::reset(bool all, const QByteArray& line) {
-    s_.sendTo(all, line);
-    if (!s_.waitFor(s_.w.wait_image_reset, 2))
-        return;
-    s_.w.wait_image_reset = 0;
+void PictureRead::reset(bool all, const QByteArray& line, int firstRow, int rows) {
+    s_.request(reset_, {line}, {.all = all, .armed = [=, this] {
+                                    for (int parameter = firstRow; parameter < firstRow + rows;
+                                         ++parameter)
+                                        showDefault(parameter);
+                                }});
 }

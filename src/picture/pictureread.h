@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "session/session.h"
 
-class Session;
+#include <QString>
 
 // Reads the picture grid back from the selected controller and runs the page's reset
 // buttons: one per parameter row, "Picture Reset" of all four, and "Refresh".
@@ -13,12 +13,17 @@ public:
     void HandlePictureReply(const QString& reply);
     void HandlePictureResetReply(const QString& reply);
     void btn_img_rst_Click(int index);
+    // The grid is being read or reset: its lists are set by code, not by the operator.
+    bool busy() const { return !read_.idle() || !reset_.idle(); }
 
 private:
     // Shows the default 50 in every list of the row, raising each list's Click.
     void showDefault(int parameter);
-    // Sends a reset to the chosen controllers and waits for its acknowledgement.
-    void reset(bool all, const QByteArray& line);
+    // Sends a reset to the chosen controllers and waits for its acknowledgement; the
+    // rows show their defaults once it is armed.
+    void reset(bool all, const QByteArray& line, int firstRow, int rows);
 
     Session& s_;
+    WaitStep read_;  // the sixteen reads
+    WaitStep reset_; // "SIMRE" or "SPIRE"
 };

@@ -68,6 +68,13 @@ bool isNumeric(const QString& text) {
     return digits;
 }
 
+bool typedWithin(const QString& text, double above, double below) {
+    if (!isNumeric(text))
+        return false;
+    const double value = val(text);
+    return value > above && value < below;
+}
+
 long roundHalfEven(double value) {
     return static_cast<long>(std::nearbyint(value)); // default rounding mode: to even
 }

@@ -21,6 +21,10 @@ double val(const QString& text);
 // most one decimal point.
 bool isNumeric(const QString& text);
 
+// The check of a typed value: numeric, and its value strictly between above and below,
+// real-valued ("20.9" is below 21).
+bool typedWithin(const QString& text, double above, double below);
+
 // Number text converted to a byte, rounding halves to even ("2.5" gives 2, "3.5" 4).
 // Empty when the text is not numeric or the rounded value is outside 0..255, however
 // large: the old runtime's overflow error, on which the handler ends.

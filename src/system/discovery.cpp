@@ -1,8 +1,8 @@
 #include "system/discovery.h"
 
 #include "protocol/legacytext.h"
-#include "window/events.h"
-#include "window/session.h"
+#include "session/events.h"
+#include "session/session.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
@@ -79,7 +79,7 @@ QString addressFromLine(const QString& line, int index) {
 }
 
 DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session) {
-    QObject::connect(s_.ui.btn_sys_search, &QPushButton::clicked, s_.ui.btn_sys_search,
+    QObject::connect(s_.ui().btn_sys_search, &QPushButton::clicked, s_.ui().btn_sys_search,
                      [this] { btn_sys_search_Click(); });
 }
 
@@ -94,7 +94,7 @@ void DeviceDiscovery::btn_sys_search_Click() {
         return;
     }
     s_.SetOffline();
-    s_.ui.cbo_ipaddr->clear();
+    s_.ui().cbo_ipaddr->clear();
     const QDir results(resultFolder(program));
     if (!removeOldResults(results))
         return;
@@ -121,24 +121,26 @@ void DeviceDiscovery::btn_sys_search_Click() {
                            .arg(MaxDevices));
         macs = macs.mid(0, MaxDevices);
     }
-    s_.ui.cbo_ipaddr->addItems(macs);
-    s_.ui.cbo_ipaddr->setCurrentIndex(-1);
+    s_.ui().cbo_ipaddr->addItems(macs);
+    s_.ui().cbo_ipaddr->setCurrentIndex(-1);
     const int count = static_cast<int>(macs.size());
     ip_text = ipLines->isEmpty() ? QString() : ipLines->last();
-    s_.ip_list.clear();
+    s_.setAddresses({});
     if (count == 0) {
         s_.exclamation(QStringLiteral("Not Find MAC !"));
         return;
     }
+    QStringList addresses;
     for (int i = 0; i < count; ++i)
-        s_.ip_list << addressFromLine(ip_text, i);
+        addresses << addressFromLine(ip_text, i);
+    s_.setAddresses(addresses);
     FillModelList();
     s_.information(QStringLiteral("Search MAC completed !"));
-    if (s_.pump.cancelled())
+    if (s_.cancelled())
         return;
-    s_.search_done = true;
-    events::setListIndex(s_.ui.cbo_ipaddr, 0);
-    s_.ui.con_interface->setEnabled(true);
+    s_.setSearchDone();
+    events::setListIndex(s_.ui().cbo_ipaddr, 0);
+    s_.ui().con_interface->setEnabled(true);
 }
 
 // Result files of an earlier search must never pass for this one's: they go before
@@ -176,7 +178,7 @@ bool DeviceDiscovery::runSearchProgram(const QString& program, const QString& re
             QStringLiteral("Cannot start %1: %2").arg(SearchProgram, tool.errorString()));
         return false;
     }
-    return s_.pump.until([&] { return tool.state() == QProcess::NotRunning; }) && endedWell(tool);
+    return s_.pump().until([&] { return tool.state() == QProcess::NotRunning; }) && endedWell(tool);
 }
 
 // A program that was killed or reports failure leaves no result to read.
@@ -195,8 +197,8 @@ bool DeviceDiscovery::endedWell(const QProcess& tool) {
 }
 
 void DeviceDiscovery::FillModelList() {
-    s_.ui.cbo_model->clear();
+    s_.ui().cbo_model->clear();
     for (int i = 0; i < s_.deviceCount(); ++i)
-        s_.ui.cbo_model->addItem(legacy::signedText(i));
-    s_.ui.cbo_model->setCurrentIndex(-1);
+        s_.ui().cbo_model->addItem(legacy::signedText(i));
+    s_.ui().cbo_model->setCurrentIndex(-1);
 }

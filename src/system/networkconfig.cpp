@@ -2,15 +2,14 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "window/events.h"
-#include "window/session.h"
+#include "session/events.h"
 
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 
 NetworkConfig::NetworkConfig(Session& session) : s_(session) {
-    Controls& ui = s_.ui;
+    Controls& ui = s_.ui();
     QObject::connect(ui.btn_ip_get, &QPushButton::clicked, ui.btn_ip_get,
                      [this] { btn_ip_get_Click(); });
     QObject::connect(ui.btn_ip_set, &QPushButton::clicked, ui.btn_ip_set,
@@ -21,25 +20,19 @@ NetworkConfig::NetworkConfig(Session& session) : s_(session) {
 }
 
 void NetworkConfig::cbo_ip_type_Click() {
-    const int index = s_.ui.cbo_ip_type->currentIndex();
+    const int index = s_.ui().cbo_ip_type->currentIndex();
     if (index < 0)
         return; // no selection does not convert to a byte
     ip_static = static_cast<quint8>(index);
-    for (QLineEdit* box : {s_.ui.txt_ip, s_.ui.txt_net, s_.ui.txt_gate})
+    for (QLineEdit* box : {s_.ui().txt_ip, s_.ui().txt_net, s_.ui().txt_gate})
         box->setEnabled(ip_static != 0);
 }
 
 void NetworkConfig::btn_ip_get_Click() {
     if (!s_.guard())
         return;
-    s_.w.wait_net_read = 1;
-    s_.send(command::line(QStringLiteral("RIPM")));
-    if (!s_.waitFor(s_.w.wait_net_read, 2))
-        return;
-    s_.send(command::line(QStringLiteral("RLINK")));
-    if (!s_.waitFor(s_.w.wait_net_read, 3))
-        return;
-    s_.w.wait_net_read = 0;
+    s_.request(read_,
+               {command::line(QStringLiteral("RIPM")), command::line(QStringLiteral("RLINK"))});
 }
 
 void NetworkConfig::btn_ip_set_Click() {
@@ -56,27 +49,20 @@ void NetworkConfig::writeStatic() {
     // Each box is read when its line goes out.
     const std::function<QByteArray()> steps[] = {
         [] { return command::line(QStringLiteral("SIPM"), 1); },
-        [this] { return command::line(QStringLiteral("SIPA"), s_.ui.txt_ip->text()); },
-        [this] { return command::line(QStringLiteral("SMAA"), s_.ui.txt_net->text()); },
-        [this] { return command::line(QStringLiteral("SGAA"), s_.ui.txt_gate->text()); },
+        [this] { return command::line(QStringLiteral("SIPA"), s_.ui().txt_ip->text()); },
+        [this] { return command::line(QStringLiteral("SMAA"), s_.ui().txt_net->text()); },
+        [this] { return command::line(QStringLiteral("SGAA"), s_.ui().txt_gate->text()); },
         [] { return command::line(QStringLiteral("SREL")); }};
-    s_.w.wait_net_set = 1;
-    if (!s_.sendInTurn(s_.w.wait_net_set, 5, [&steps](int k) { return steps[k](); }))
+    if (!s_.request(write_, 5, [&steps](int k) { return steps[k](); }))
         return;
-    s_.w.wait_net_set = 0;
     s_.information(QStringLiteral("Set STATIC IP completed, please re-link the ethernet !"));
     s_.SetOffline();
 }
 
 void NetworkConfig::writeDhcp() {
-    s_.w.wait_net_mode = 1;
-    s_.send(command::line(QStringLiteral("SIPM"), 0));
-    if (!s_.waitFor(s_.w.wait_net_mode, 2))
+    if (!s_.request(mode_, {command::line(QStringLiteral("SIPM"), 0),
+                            command::line(QStringLiteral("SREL"))}))
         return;
-    s_.send(command::line(QStringLiteral("SREL")));
-    if (!s_.waitFor(s_.w.wait_net_mode, 3))
-        return;
-    s_.w.wait_net_mode = 0;
     s_.information(QStringLiteral("Set DHCP completed, please re-link the ethernet !"));
     s_.SetOffline();
 }
@@ -84,12 +70,9 @@ void NetworkConfig::writeDhcp() {
 void NetworkConfig::btn_ip_relink_Click() {
     if (!s_.guard())
         return;
-    s_.w.wait_net_mode = 2;
-    s_.send(command::line(QStringLiteral("SREL")));
-    if (!s_.waitFor(s_.w.wait_net_mode, 3))
-        return;
-    s_.w.wait_net_mode = 0;
-    s_.SetOffline();
+    // The mode write's second step: only "RELI" releases it.
+    if (s_.request(mode_, {command::line(QStringLiteral("SREL"))}, {.from = 2}))
+        s_.SetOffline();
 }
 
 namespace {
@@ -106,38 +89,27 @@ QString dotted(const QString& reply, int firstField) {
 
 void NetworkConfig::HandleAddressReply(const QString& reply) {
     const QString key = reply::key(reply);
-    quint8& step = s_.w.wait_net_read;
-    if (key == QLatin1String("IPMD") && step == 1) {
+    if (key == QLatin1String("IPMD") && read_.at(1)) {
         const int mode = legacy::roundHalfEven(legacy::val(reply::value(reply)));
-        if (!events::setListIndex(s_.ui.cbo_ip_type, mode))
-            return;
-        step = 2;
-    } else if (key == QLatin1String("IP00") && step == 2) {
-        s_.ui.txt_ip->setText(dotted(reply, 5));
-        s_.ui.txt_net->setText(dotted(reply, 33));
-        s_.ui.txt_gate->setText(dotted(reply, 61));
-        step = 3;
+        if (events::setListIndex(s_.ui().cbo_ip_type, mode))
+            read_.advance();
+    } else if (key == QLatin1String("IP00") && read_.at(2)) {
+        s_.ui().txt_ip->setText(dotted(reply, 5));
+        s_.ui().txt_net->setText(dotted(reply, 33));
+        s_.ui().txt_gate->setText(dotted(reply, 61));
+        read_.advance();
     }
 }
 
+// The static write's acknowledgements in order, and the mode write's.
 void NetworkConfig::HandleNetworkAck(const QString& reply) {
+    static const char* const staticAcks[] = {"IPMD", "IPA0", "MAA0", "GAA0", "RELI"};
+    static const char* const modeAcks[] = {"IPMD", "RELI"};
     const QString key = reply::key(reply);
-    WaitBytes& w = s_.w;
-    auto is = [&key](const char* literal) { return key == QLatin1String(literal); };
-    if (is("IPMD") && w.wait_net_set == 1)
-        w.wait_net_set = 2;
-    else if (is("IPA0") && w.wait_net_set == 2)
-        w.wait_net_set = 3;
-    else if (is("MAA0") && w.wait_net_set == 3)
-        w.wait_net_set = 4;
-    else if (is("GAA0") && w.wait_net_set == 4)
-        w.wait_net_set = 5;
-    else if (is("RELI") && w.wait_net_set == 5)
-        w.wait_net_set = 6;
-    else if (is("IPMD") && w.wait_net_mode == 1)
-        w.wait_net_mode = 2;
-    else if (is("RELI") && w.wait_net_mode == 2)
-        w.wait_net_mode = 3;
-    else if (is("DEFA") && w.wait_default == 1)
-        w.wait_default = 2;
+    const int set = write_.value();
+    const int mode = mode_.value();
+    if (set >= 1 && set <= 5 && key == QLatin1String(staticAcks[set - 1]))
+        write_.advance();
+    else if (mode >= 1 && mode <= 2 && key == QLatin1String(modeAcks[mode - 1]))
+        mode_.advance();
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "session/session.h"
+
 #include <QString>
 #include <QtGlobal>
-
-class Session;
 
 // The selected controller's own addressing: read it, write it, make it re-link.
 // Writing or re-linking restarts the controller's network, so the link ends.
@@ -23,5 +23,8 @@ private:
     void writeDhcp();
 
     Session& s_;
+    WaitStep read_;  // "RIPM", "RLINK"
+    WaitStep write_; // the static address write
+    WaitStep mode_;  // the DHCP write and re-link
     quint8 ip_static = 0;
 };

@@ -2,8 +2,8 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "window/events.h"
-#include "window/session.h"
+#include "session/events.h"
+#include "status/statusread.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -16,8 +16,9 @@ constexpr int DefaultBezel = 10;
 
 } // namespace
 
-BezelCorrection::BezelCorrection(Session& session) : s_(session) {
-    Controls& ui = s_.ui;
+BezelCorrection::BezelCorrection(Session& session, StatusRead& status)
+    : s_(session), status_(status) {
+    Controls& ui = s_.ui();
     // The one Send sends both columns; the V column's Send has no action of its own.
     QObject::connect(ui.btn_H_Bezel_send, &QPushButton::clicked, ui.btn_H_Bezel_send,
                      [this] { btn_H_Bezel_send_Click(); });
@@ -34,58 +35,38 @@ BezelCorrection::BezelCorrection(Session& session) : s_(session) {
 void BezelCorrection::btn_H_Bezel_send_Click() {
     if (!s_.guard())
         return;
-    WaitBytes& w = s_.w;
-    if (w.wait_bezel != 0 || w.wait_wall_default != 0)
+    if (!read_.idle() || !default_.idle())
         return; // a Refresh or Reset is running
-    w.wait_bezel_set = 1;
     // Outputs 1-4 of the H column, then of the V column; each box is read in its turn.
-    const bool sent = s_.sendInTurn(w.wait_bezel_set, 8, [this](int k) {
+    const bool sent = s_.request(write_, 8, [this](int k) {
         const int n = k % 4 + 1;
-        QComboBox* box = k < 4 ? s_.ui.cbo_val_H[n] : s_.ui.cbo_val_V[n];
+        QComboBox* box = k < 4 ? s_.ui().cbo_val_H[n] : s_.ui().cbo_val_V[n];
         return command::line(QLatin1String(k < 4 ? "SCBH" : "SCBV"), n, box->currentIndex());
     });
-    if (!sent)
-        return;
-    w.wait_bezel_set = 0;
-    w.wait_status = 4;
-    s_.send(command::line(QStringLiteral("RBEZ")));
-    if (!s_.waitFor(w.wait_status, 5))
-        return;
-    w.wait_status = 0;
+    if (sent)
+        status_.readBezelMode();
 }
 
 void BezelCorrection::btn_panomat_refresh_Click() {
     if (!s_.guard())
         return;
-    WaitBytes& w = s_.w;
-    w.wait_bezel = 1;
-    const bool read = s_.sendInTurn(w.wait_bezel, 8, [](int k) {
+    s_.request(read_, 8, [](int k) {
         return command::line(QLatin1String(k < 4 ? "RCBH" : "RCBV"), k % 4 + 1);
     });
-    if (!read)
-        return;
-    w.wait_bezel = 0;
 }
 
 // The defaults show at once, before the controller has answered.
 void BezelCorrection::btn_panomat_reset_Click() {
     if (!s_.guard())
         return;
-    WaitBytes& w = s_.w;
-    w.wait_wall_default = 1;
-    for (int n = 1; n <= 4; ++n)
-        s_.ui.cbo_val_H[n]->setCurrentIndex(DefaultBezel);
-    for (int n = 1; n <= 4; ++n)
-        s_.ui.cbo_val_V[n]->setCurrentIndex(DefaultBezel);
-    s_.send(command::line(QStringLiteral("SWDE")));
-    if (!s_.waitFor(w.wait_wall_default, 2))
-        return;
-    w.wait_wall_default = 0;
-    w.wait_status = 3;
-    s_.send(command::line(QStringLiteral("RBY")));
-    if (!s_.waitFor(w.wait_status, 4))
-        return;
-    w.wait_status = 0;
+    const auto showDefaults = [this] {
+        for (int n = 1; n <= 4; ++n)
+            s_.ui().cbo_val_H[n]->setCurrentIndex(DefaultBezel);
+        for (int n = 1; n <= 4; ++n)
+            s_.ui().cbo_val_V[n]->setCurrentIndex(DefaultBezel);
+    };
+    if (s_.request(default_, {command::line(QStringLiteral("SWDE"))}, {.armed = showDefaults}))
+        status_.readBypass();
 }
 
 void BezelCorrection::opt_bezel_Click(int index) {
@@ -93,37 +74,42 @@ void BezelCorrection::opt_bezel_Click(int index) {
         return;
     if (index != 0 && index != 1)
         return;
-    if (s_.w.wait_status != 0)
+    if (status_.busy())
         return; // the status read is setting the option, not the operator
-    s_.sendTo(s_.ui.Check1[2]->isChecked(), command::line(QStringLiteral("SBEZ"), index));
+    s_.sendTo(s_.ui().Check1[2]->isChecked(), command::line(QStringLiteral("SBEZ"), index));
 }
 
 // The replies do not name the output: the step says which box the value belongs to.
 // Key and value sit at characters 8-11 and 12-14 of these replies.
 void BezelCorrection::HandleBezelValueReply(const QString& reply) {
     const QString key = reply::longKey(reply);
-    quint8& step = s_.w.wait_bezel;
+    const int step = read_.value();
     const int value = legacy::roundHalfEven(legacy::val(reply::longValue(reply)));
     QComboBox* box = nullptr;
     if (key == QLatin1String("CBHV") && step >= 1 && step <= 4)
-        box = s_.ui.cbo_val_H[step];
+        box = s_.ui().cbo_val_H[step];
     else if (key == QLatin1String("CBVV") && step >= 5 && step <= 8)
-        box = s_.ui.cbo_val_V[step - 4];
+        box = s_.ui().cbo_val_V[step - 4];
     if (!box || !events::setListIndex(box, value))
         return;
-    ++step;
+    read_.advance();
 }
 
 // Acknowledgements advance strictly in order: "CBHC001".."CBHC004", "CBVC001".."CBVC004".
 void BezelCorrection::HandleBezelAckReply(const QString& reply) {
     const QString key = reply::key(reply);
     const QString value = reply::value(reply);
-    quint8& step = s_.w.wait_bezel_set;
+    const int step = write_.value();
     if (step < 1 || step > 8)
         return;
     const bool horizontal = step <= 4;
     const int output = horizontal ? step : step - 4;
     if (key == QLatin1String(horizontal ? "CBHC" : "CBVC") &&
         value == QStringLiteral("00%1").arg(output))
-        ++step;
+        write_.advance();
+}
+
+void BezelCorrection::HandleWallDefaultReply(const QString& reply) {
+    if (reply::key(reply) == QLatin1String("WDEF") && default_.at(1))
+        default_.advance();
 }

@@ -1,13 +1,15 @@
 #pragma once
 
+#include "session/session.h"
+
 #include <QString>
 
-class Session;
+class StatusRead;
 
 // Horizontal and vertical bezel correction of the four outputs, and its on/off switch.
 class BezelCorrection {
 public:
-    explicit BezelCorrection(Session& session);
+    BezelCorrection(Session& session, StatusRead& status);
 
     void btn_H_Bezel_send_Click();
     void btn_panomat_refresh_Click();
@@ -15,7 +17,13 @@ public:
     void opt_bezel_Click(int index);
     void HandleBezelValueReply(const QString& reply);
     void HandleBezelAckReply(const QString& reply);
+    // The reset's acknowledgement, "WDEF".
+    void HandleWallDefaultReply(const QString& reply);
 
 private:
     Session& s_;
+    StatusRead& status_;
+    WaitStep read_;    // the eight value reads
+    WaitStep write_;   // the eight value writes
+    WaitStep default_; // "SWDE"
 };

@@ -2,7 +2,6 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "window/session.h"
 
 #include <QLabel>
 #include <QProgressBar>
@@ -35,7 +34,7 @@ constexpr Group Groups[4] = {
 
 PositionTrim::PositionTrim(Session& session) : s_(session) {
     for (int i = 0; i < 16; ++i) {
-        QScrollBar* bar = s_.ui.HS_A[i];
+        QScrollBar* bar = s_.ui().HS_A[i];
         bar->setSingleStep(1);
         bar->setPageStep(1);
         // A drag shows its value as it goes (Scroll) and sends once, where the thumb is
@@ -45,12 +44,12 @@ PositionTrim::PositionTrim(Session& session) : s_(session) {
         QObject::connect(bar, &QScrollBar::valueChanged, [this, i] { HS_A_Change(i); });
     }
     for (int i = 0; i < 2; ++i)
-        QObject::connect(s_.ui.btn_posi[i], &QPushButton::clicked,
+        QObject::connect(s_.ui().btn_posi[i], &QPushButton::clicked,
                          [this, i] { btn_posi_Click(i); });
 }
 
 void PositionTrim::showTrim(int index, int position) {
-    s_.ui.value_posi[index]->setText(position < Zero ? u'-' + legacy::plainText(Zero - position)
+    s_.ui().value_posi[index]->setText(position < Zero ? u'-' + legacy::plainText(Zero - position)
                                                      : u'+' + legacy::plainText(position - Zero));
 }
 
@@ -58,10 +57,10 @@ void PositionTrim::HS_A_Change(int index) {
     if (!s_.guard())
         return;
     // Bars moved by a read-back send nothing.
-    if (s_.w.wait_posi != 0)
+    if (!read_.idle())
         return;
     const int output = index % 4 + 1;
-    const int position = s_.ui.HS_A[index]->value();
+    const int position = s_.ui().HS_A[index]->value();
     const Group& group = Groups[index / 4];
     showTrim(index, position);
     if (position < Zero)
@@ -73,7 +72,7 @@ void PositionTrim::HS_A_Change(int index) {
 void PositionTrim::HS_A_Scroll(int index) {
     if (!s_.guard())
         return;
-    showTrim(index, s_.ui.HS_A[index]->sliderPosition());
+    showTrim(index, s_.ui().HS_A[index]->sliderPosition());
 }
 
 void PositionTrim::btn_posi_Click(int index) {
@@ -83,7 +82,7 @@ void PositionTrim::btn_posi_Click(int index) {
         ReadPositionTrim();
     } else if (index == 1) {
         // Only bars that really move raise their Change and send.
-        for (QScrollBar* bar : s_.ui.HS_A)
+        for (QScrollBar* bar : s_.ui().HS_A)
             bar->setValue(Zero);
     }
 }
@@ -91,27 +90,25 @@ void PositionTrim::btn_posi_Click(int index) {
 void PositionTrim::ReadPositionTrim() {
     if (!s_.guard())
         return;
-    Controls& ui = s_.ui;
-    s_.w.wait_posi = 1;
+    Controls& ui = s_.ui();
     const BusyButtons busy{ui.btn_posi[0], ui.btn_posi[1]};
     ui.ProgressBar1->setVisible(true);
     ui.ProgressBar1->setValue(0);
-    for (int k = 1; k <= 16; ++k) {
-        const int index = k - 1;
-        s_.send(command::line(QLatin1String(Groups[index / 4].read), index % 4 + 1));
-        if (!s_.waitFor(s_.w.wait_posi, k + 1))
-            return;
-        if (k % 4 == 0)
-            ui.ProgressBar1->setValue(k / 4 * 25);
-    }
-    s_.w.wait_posi = 0;
-    ui.ProgressBar1->setVisible(false);
+    const bool read = s_.request(
+        read_, 16,
+        [](int k) { return command::line(QLatin1String(Groups[k / 4].read), k % 4 + 1); },
+        {.answered = [&ui](int replies) {
+             if (replies % 4 == 0)
+                 ui.ProgressBar1->setValue(replies / 4 * 25);
+         }});
+    if (read)
+        ui.ProgressBar1->setVisible(false);
 }
 
 // The output is the one asked for at this step; the reply's characters 5-7 are not
 // looked at. Characters 8-11 give the sign, 12-14 the magnitude.
 void PositionTrim::HandleTrimReply(const QString& reply) {
-    const int step = s_.w.wait_posi;
+    const int step = read_.value();
     if (step < 1 || step > 16)
         return;
     const Group& group = Groups[(step - 1) / 4];
@@ -123,8 +120,8 @@ void PositionTrim::HandleTrimReply(const QString& reply) {
     // Outside the bar's range the reply is dropped and the read keeps waiting.
     if (position < 0 || position > Top)
         return;
-    QScrollBar* bar = s_.ui.HS_A[step - 1];
+    QScrollBar* bar = s_.ui().HS_A[step - 1];
     bar->setValue(static_cast<int>(position));
-    s_.ui.value_posi[step - 1]->setText((plus ? u'+' : u'-') + legacy::plainText(magnitude));
-    s_.w.wait_posi = static_cast<quint8>(step + 1);
+    s_.ui().value_posi[step - 1]->setText((plus ? u'+' : u'-') + legacy::plainText(magnitude));
+    read_.advance();
 }

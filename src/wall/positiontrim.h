@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "session/session.h"
 
-class Session;
+#include <QString>
 
 // Sixteen edge trims, four per output: horizontal start, horizontal end, vertical start
 // and vertical end. A bar's position p (0..510) is the trim p - 255; the sign travels
@@ -22,4 +22,5 @@ private:
     void showTrim(int index, int position);
 
     Session& s_;
+    WaitStep read_; // the sixteen reads
 };

@@ -2,8 +2,7 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "window/events.h"
-#include "window/session.h"
+#include "session/events.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -12,62 +11,54 @@
 #include <QSignalBlocker>
 
 WallGeometry::WallGeometry(Session& session) : s_(session) {
-    Controls& ui = s_.ui;
+    Controls& ui = s_.ui();
     events::onClick(ui.cbo_tv_row, [this] { cbo_tv_row_Click(); });
     events::onClick(ui.cbo_tv_col, [this] { cbo_tv_col_Click(); });
     events::onClick(ui.cbo_tv_ch, [this] { cbo_tv_ch_Click(); });
     events::onClick(ui.cbo_tv_posi, [this] { cbo_tv_posi_Click(); });
-    events::onChange(ui.cbo_tv_row, [this] { typedSize(s_.ui.cbo_tv_row, wall_rows); });
-    events::onChange(ui.cbo_tv_col, [this] { typedSize(s_.ui.cbo_tv_col, wall_cols); });
+    events::onChange(ui.cbo_tv_row, [this] { typedSize(s_.ui().cbo_tv_row, wall_rows); });
+    events::onChange(ui.cbo_tv_col, [this] { typedSize(s_.ui().cbo_tv_col, wall_cols); });
     events::onChange(ui.cbo_tv_posi, [this] { cbo_tv_posi_Change(); });
     QObject::connect(ui.btn_panomat_send, &QPushButton::clicked,
                      [this] { btn_panomat_send_Click(); });
 }
 
 void WallGeometry::cbo_tv_row_Click() {
-    wall_rows = static_cast<quint8>(s_.ui.cbo_tv_row->currentIndex() + 1);
+    wall_rows = static_cast<quint8>(s_.ui().cbo_tv_row->currentIndex() + 1);
     RebuildPositionList();
 }
 
 void WallGeometry::cbo_tv_col_Click() {
-    wall_cols = static_cast<quint8>(s_.ui.cbo_tv_col->currentIndex() + 1);
+    wall_cols = static_cast<quint8>(s_.ui().cbo_tv_col->currentIndex() + 1);
     RebuildPositionList();
 }
 
 void WallGeometry::cbo_tv_ch_Click() {
-    wall_channel = static_cast<quint8>(s_.ui.cbo_tv_ch->currentIndex() + 1);
+    wall_channel = static_cast<quint8>(s_.ui().cbo_tv_ch->currentIndex() + 1);
 }
 
 void WallGeometry::cbo_tv_posi_Click() {
-    wall_position = static_cast<quint8>(s_.ui.cbo_tv_posi->currentIndex() + 1);
+    wall_position = static_cast<quint8>(s_.ui().cbo_tv_posi->currentIndex() + 1);
 }
 
 // Rows and columns are checked on every keystroke, so a half-typed number may already
 // be refused. A fraction is stored rounded, halves to even.
 void WallGeometry::typedSize(QComboBox* box, quint8& variable) {
     const QString text = box->currentText();
-    if (legacy::isNumeric(text)) {
-        const double v = legacy::val(text);
-        const auto byte = legacy::toByte(text);
-        if (v > 0 && v < 16 && byte) {
-            variable = *byte;
-            RebuildPositionList();
-            return;
-        }
+    if (const auto byte = legacy::toByte(text); byte && legacy::typedWithin(text, 0, 16)) {
+        variable = *byte;
+        RebuildPositionList();
+        return;
     }
     s_.exclamation(QStringLiteral("Please type 1 ~ 15!"));
 }
 
 void WallGeometry::cbo_tv_posi_Change() {
     const int max = tileCount();
-    const QString text = s_.ui.cbo_tv_posi->currentText();
-    if (legacy::isNumeric(text)) {
-        const double v = legacy::val(text);
-        const auto byte = legacy::toByte(text);
-        if (v > 0 && v < max + 1 && byte) {
-            wall_position = *byte;
-            return;
-        }
+    const QString text = s_.ui().cbo_tv_posi->currentText();
+    if (const auto byte = legacy::toByte(text); byte && legacy::typedWithin(text, 0, max + 1)) {
+        wall_position = *byte;
+        return;
     }
     s_.exclamation(QStringLiteral("Please type 1 ~ %1!").arg(max));
 }
@@ -80,7 +71,7 @@ quint8 WallGeometry::tileCount() const {
 // The chosen tile is deliberately left alone: after the wall shrinks, a tile beyond
 // the new size is still the one sent.
 void WallGeometry::RebuildPositionList() {
-    QComboBox* box = s_.ui.cbo_tv_posi;
+    QComboBox* box = s_.ui().cbo_tv_posi;
     const QSignalBlocker blocker(box);
     box->clear();
     QStringList items;
@@ -105,30 +96,13 @@ void WallGeometry::btn_panomat_send_Click() {
     const QByteArray tile = command::line(QStringLiteral("SCO"), wall_channel, wall_position);
     // With ALL IP every controller gets each line, but only the selected one's
     // acknowledgement is read.
-    const bool all = s_.ui.chk_tv_allip[0]->isChecked();
-    s_.w.wait_wall = 1;
-    s_.sendTo(all, size);
-    if (!s_.waitFor(s_.w.wait_wall, 2))
-        return;
-    s_.sendTo(all, tile);
-    if (!s_.waitFor(s_.w.wait_wall, 3))
-        return;
-    s_.w.wait_wall = 0;
+    const bool all = s_.ui().chk_tv_allip[0]->isChecked();
+    s_.request(send_, {size, tile}, {.all = all});
 }
 
 void WallGeometry::OnWallReply(const QString& reply) {
     const QString key = reply::key(reply);
-    WaitBytes& w = s_.w;
-    if (key == QLatin1String("MNCM") && w.wait_wall == 1) {
-        w.wait_wall = 2;
-    } else if (key == QLatin1String("COCH") && w.wait_wall == 2) {
-        w.wait_wall = 3;
-    } else if (key == QLatin1String("RFAV") && w.wait_fav == 1) {
-        // Any stored slot releases a recall, not only the one asked for.
-        static const QStringList stored = {QStringLiteral("001"), QStringLiteral("002"),
-                                           QStringLiteral("003"), QStringLiteral("004"),
-                                           QStringLiteral("005")};
-        if (stored.contains(reply::value(reply)))
-            w.wait_fav = 2;
-    }
+    if ((key == QLatin1String("MNCM") && send_.at(1)) ||
+        (key == QLatin1String("COCH") && send_.at(2)))
+        send_.advance();
 }

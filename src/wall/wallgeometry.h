@@ -1,10 +1,11 @@
 #pragma once
 
+#include "session/session.h"
+
 #include <QString>
 #include <QtGlobal>
 
 class QComboBox;
-class Session;
 
 // The wall's size, the output being placed and the tile it shows: "SMNC" rows, columns
 // and channel, then "SCO" channel and tile, each after the controller's acknowledgement.
@@ -12,7 +13,6 @@ class WallGeometry {
 public:
     explicit WallGeometry(Session& session);
 
-    // Also carries the favourite recall's acknowledgement, which shares this slot.
     void OnWallReply(const QString& reply);
 
     void btn_panomat_send_Click();
@@ -28,6 +28,7 @@ private:
     quint8 tileCount() const;
 
     Session& s_;
+    WaitStep send_; // "SMNC", then "SCO"
     // The operator's choice; 0 until chosen. Nothing resets them.
     quint8 wall_rows = 0;
     quint8 wall_cols = 0;

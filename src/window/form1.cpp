@@ -1,7 +1,7 @@
 #include "window/form1.h"
 
-#include "protocol/legacytext.h"
 #include "link/replydispatcher.h"
+#include "protocol/legacytext.h"
 #include "output/iosetters.h"
 #include "output/iosetup.h"
 #include "picture/picturecontrols.h"
@@ -14,7 +14,9 @@
 #include "wall/favourites.h"
 #include "wall/positiontrim.h"
 #include "wall/wallgeometry.h"
-#include "window/events.h"
+#include "session/events.h"
+#include "status/statusread.h"
+#include "window/layout.h"
 #include "window/paintpacer.h"
 #include "window/statusrefresh.h"
 
@@ -35,7 +37,7 @@
 #include <QSignalBlocker>
 #include <QStatusBar>
 
-Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
+Form1::Form1(QWidget* parent) : QMainWindow(parent) {
     // On a screen smaller than the window (a laptop at double scale) the content
     // scrolls, so that every control can still be reached.
     auto* area = new QScrollArea(this);
@@ -46,26 +48,15 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent), Session(this) {
     area->setWidget(content);
     setCentralWidget(area);
     new PaintPacer(this);
+    session_ = std::make_unique<Session>(this, ui);
+    Session& s = *session_;
 
-    dispatcher_ = std::make_unique<ReplyDispatcher>(link, [this] { return selected(); });
+    dispatcher_ = std::make_unique<ReplyDispatcher>(s.link(), [&s] { return s.selected(); });
     // The box shows the last chunk received, exactly as it came.
     connect(dispatcher_.get(), &ReplyDispatcher::chunkReceived, this,
             [this](const QString& chunk) { ui.TextInfo->setText(chunk); });
-
-    network_ = std::make_unique<NetworkConfig>(*this);
-    bezel_ = std::make_unique<BezelCorrection>(*this);
-    ioSetup_ = std::make_unique<IoSetup>(*this);
-    status_ = std::make_unique<StatusRefresh>(*this, *network_, *bezel_, *ioSetup_);
-    wall_ = std::make_unique<WallGeometry>(*this);
-    favourites_ = std::make_unique<Favourites>(*this);
-    bypass_ = std::make_unique<BypassHotKey>(*this);
-    trim_ = std::make_unique<PositionTrim>(*this);
-    ioSetters_ = std::make_unique<IoSetters>(*this);
-    pictureRead_ = std::make_unique<PictureRead>(*this);
-    pictureControls_ = std::make_unique<PictureControls>(*this);
-    power_ = std::make_unique<PowerModel>(*this);
-    discovery_ = std::make_unique<DeviceDiscovery>(*this);
-    plugReplyHandlers();
+    buildFeatures();
+    addReplyHandlers();
 
     connectPageSelectors();
     connect(ui.btn_con, &QPushButton::clicked, this, &Form1::btn_con_Click);
@@ -89,44 +80,65 @@ void Form1::buildStopWaiting() {
     stop->setEnabled(false);
     statusBar()->addPermanentWidget(stop);
     connect(stop, &QPushButton::clicked, this, &Form1::StopWaiting);
-    connect(&pump, &WaitPump::waitingChanged, stop, &QPushButton::setEnabled);
+    connect(&session_->pump(), &WaitPump::waitingChanged, stop, &QPushButton::setEnabled);
     auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(escape, &QShortcut::activated, this, &Form1::StopWaiting);
 }
 
 // Every running wait ends as on closing: the stopped handlers send and show nothing
-// more. Their half-done sequences are forgotten, and the window goes offline.
+// more and forget their half-done sequences, and the window goes offline.
 void Form1::StopWaiting() {
-    if (!pump.waiting())
+    Session& s = *session_;
+    if (!s.pump().waiting())
         return;
-    pump.stop();
-    w = WaitBytes{};
+    s.pump().stop();
     ui.ProgressBar1->setVisible(false);
-    UnlockPanels();
-    SetOffline();
+    s.UnlockPanels();
+    s.SetOffline();
 }
 
 Form1::~Form1() = default;
 
-void Form1::plugReplyHandlers() {
-    auto plug = [this](ReplySlot slot, auto* feature,
-                       void (std::remove_pointer_t<decltype(feature)>::*handler)(const QString&)) {
-        dispatcher_->plug(slot,
-                          [feature, handler](const QString& reply) { (feature->*handler)(reply); });
+// Features that need another's procedure get that procedure, not the window.
+void Form1::buildFeatures() {
+    Session& s = *session_;
+    statusRead_ = std::make_unique<StatusRead>(s);
+    network_ = std::make_unique<NetworkConfig>(s);
+    bezel_ = std::make_unique<BezelCorrection>(s, *statusRead_);
+    ioSetup_ = std::make_unique<IoSetup>(s);
+    refresh_ = std::make_unique<StatusRefresh>(s, *statusRead_, *network_, *bezel_, *ioSetup_);
+    wall_ = std::make_unique<WallGeometry>(s);
+    favourites_ = std::make_unique<Favourites>(s, [this] { refresh_->ReadBypassBezel(); });
+    bypass_ = std::make_unique<BypassHotKey>(s, *statusRead_);
+    trim_ = std::make_unique<PositionTrim>(s);
+    ioSetters_ = std::make_unique<IoSetters>(s, *ioSetup_);
+    pictureRead_ = std::make_unique<PictureRead>(s);
+    pictureControls_ = std::make_unique<PictureControls>(s, *pictureRead_);
+    power_ = std::make_unique<PowerModel>(s, *statusRead_);
+    discovery_ = std::make_unique<DeviceDiscovery>(s);
+}
+
+// Every chunk meets the handlers in this order; each acts only on its own key and step.
+void Form1::addReplyHandlers() {
+    auto add = [this](auto* feature, void (std::remove_pointer_t<decltype(feature)>::*handler)(
+                                         const QString&)) {
+        dispatcher_->add([feature, handler](const QString& reply) { (feature->*handler)(reply); });
     };
-    plug(ReplySlot::Status, status_.get(), &StatusRefresh::HandleStatusReply);
-    plug(ReplySlot::IoSetup, ioSetup_.get(), &IoSetup::HandleIoSetupReply);
-    plug(ReplySlot::NetworkRead, network_.get(), &NetworkConfig::HandleAddressReply);
-    plug(ReplySlot::NetworkWrite, network_.get(), &NetworkConfig::HandleNetworkAck);
-    plug(ReplySlot::Wall, wall_.get(), &WallGeometry::OnWallReply);
-    plug(ReplySlot::PictureRead, pictureRead_.get(), &PictureRead::HandlePictureReply);
-    plug(ReplySlot::PictureReset, pictureRead_.get(), &PictureRead::HandlePictureResetReply);
-    plug(ReplySlot::OsdReset, ioSetup_.get(), &IoSetup::HandleOsdResetReply);
-    plug(ReplySlot::WallDefaultHotKey, bypass_.get(), &BypassHotKey::HandleWallDefaultHotKeyReply);
-    plug(ReplySlot::PowerConfirm, status_.get(), &StatusRefresh::HandlePowerConfirmReply);
-    plug(ReplySlot::BezelRead, bezel_.get(), &BezelCorrection::HandleBezelValueReply);
-    plug(ReplySlot::BezelWrite, bezel_.get(), &BezelCorrection::HandleBezelAckReply);
-    plug(ReplySlot::Position, trim_.get(), &PositionTrim::HandleTrimReply);
+    add(statusRead_.get(), &StatusRead::HandleStatusReply);
+    add(ioSetup_.get(), &IoSetup::HandleIoSetupReply);
+    add(network_.get(), &NetworkConfig::HandleAddressReply);
+    add(network_.get(), &NetworkConfig::HandleNetworkAck);
+    add(power_.get(), &PowerModel::HandleResetReply);
+    add(wall_.get(), &WallGeometry::OnWallReply);
+    add(favourites_.get(), &Favourites::HandleRecallReply);
+    add(pictureRead_.get(), &PictureRead::HandlePictureReply);
+    add(pictureRead_.get(), &PictureRead::HandlePictureResetReply);
+    add(ioSetup_.get(), &IoSetup::HandleOsdResetReply);
+    add(bezel_.get(), &BezelCorrection::HandleWallDefaultReply);
+    add(bypass_.get(), &BypassHotKey::HandleHotKeyReply);
+    add(bezel_.get(), &BezelCorrection::HandleBezelValueReply);
+    add(bezel_.get(), &BezelCorrection::HandleBezelAckReply);
+    add(trim_.get(), &PositionTrim::HandleTrimReply);
 }
 
 void Form1::connectPageSelectors() {
@@ -138,24 +150,7 @@ void Form1::connectPageSelectors() {
 }
 
 void Form1::Form_Load() {
-    is_connected = false;
-    search_done = false;
-    at_startup = true;
-
-    ui.power_ctl[0]->setVisible(true);
-    ui.power_ctl[1]->setVisible(false);
-    ui.power_ctl[2]->setVisible(false);
-    for (QWidget* control :
-         {static_cast<QWidget*>(ui.power_ctl[0]), static_cast<QWidget*>(ui.btn_sys_fac_rst),
-          static_cast<QWidget*>(ui.btn_sys_refresh), static_cast<QWidget*>(ui.Check1[0]),
-          static_cast<QWidget*>(ui.Check1[1])})
-        control->setEnabled(false);
-    ui.lbl_con[2]->setVisible(false);
-
-    ui.net_config->setEnabled(false);
-    ui.con_interface->setEnabled(false);
-    setPageFramesEnabled(false);
-
+    session_->StartUp();
     fillLists();
 }
 
@@ -212,7 +207,7 @@ void Form1::fillLists() {
     fill(ui.cbo_osd[0], numbers(0, 20, legacy::plainText));
     fill(ui.cbo_osd[1], numbers(0, 20, legacy::plainText));
     fill(ui.cbo_osd_gain, numbers(0, 10, legacy::plainText));
-    SetOffline();
+    session_->SetOffline();
     fill(ui.cbo_osd_time, numbers(2, 50, legacy::plainText));
 }
 
@@ -222,124 +217,64 @@ void Form1::ShowPage(int page) {
         ui.frame_control[i]->setVisible(i == page);
 }
 
-void Form1::setPageFramesEnabled(bool enabled) {
-    for (QGroupBox* page : ui.frame_control)
-        page->setEnabled(enabled);
-}
-
-void Form1::LockPanels() {
-    ui.net_config->setEnabled(false);
-    setPageFramesEnabled(false);
-    ui.con_interface->setEnabled(false);
-    ui.sys_setting->setEnabled(false);
-}
-
-void Form1::UnlockPanels() {
-    ui.net_config->setEnabled(true);
-    setPageFramesEnabled(true);
-    ui.con_interface->setEnabled(true);
-    ui.sys_setting->setEnabled(true);
-}
-
-void Form1::SetOffline() {
-    if (at_startup) {
-        at_startup = false;
-    } else {
-        for (int i = 0; i < deviceCount(); ++i)
-            link.close(i);
-    }
-    setBackColour(ui.btn_discon, Qt::red);
-    clearBackColour(ui.btn_con);
-    ui.lbl_con[2]->setVisible(false);
-    ui.net_config->setEnabled(false);
-    setPageFramesEnabled(false);
-    ui.power_ctl[0]->setVisible(true);
-    ui.power_ctl[1]->setVisible(false);
-    ui.power_ctl[2]->setVisible(false);
-    setWindowTitle(Title);
-    ui.power_ctl[0]->setEnabled(false);
-    ui.btn_sys_fac_rst->setEnabled(false);
-    ui.btn_sys_refresh->setEnabled(false);
-    ui.Check1[0]->setEnabled(false);
-    ui.Check1[1]->setEnabled(false);
-    is_connected = false;
-    search_done = false;
-}
-
-void Form1::setConnectedState() {
-    setBackColour(ui.btn_con, Qt::green);
-    clearBackColour(ui.btn_discon);
-    ui.lbl_con[2]->setVisible(false);
-    ui.net_config->setEnabled(true);
-    setPageFramesEnabled(true);
-    ui.power_ctl[0]->setEnabled(true);
-    ui.btn_sys_fac_rst->setEnabled(true);
-    ui.btn_sys_refresh->setEnabled(true);
-    ui.Check1[0]->setEnabled(true);
-    ui.Check1[1]->setEnabled(true);
-}
-
 // The wait of Connect and of a new selection: the selected socket must connect within
 // the pass limit, else "Connected error!".
 bool Form1::waitForSelected() {
-    const int index = selected();
-    if (pump.untilConnected([&] { return link.isConnected(index); }))
+    Session& s = *session_;
+    const int index = s.selected();
+    if (s.pump().untilConnected([&] { return s.link().isConnected(index); }))
         return true;
-    exclamation(QStringLiteral("Connected error!"));
+    s.exclamation(QStringLiteral("Connected error!"));
     return false;
 }
 
 void Form1::btn_con_Click() {
-    for (int i = 0; i < deviceCount(); ++i)
-        link.connectTo(i, ip_list.value(i));
+    Session& s = *session_;
+    for (int i = 0; i < s.deviceCount(); ++i)
+        s.link().connectTo(i, s.address(i));
     ui.lbl_con[2]->setVisible(true);
-    if (selected() < 0) {
-        exclamation(QStringLiteral("Please select a MAC to connect !"));
+    if (s.selected() < 0) {
+        s.exclamation(QStringLiteral("Please select a MAC to connect !"));
         ui.lbl_con[2]->setVisible(false);
         return;
     }
     const bool connected = waitForSelected();
-    if (pump.cancelled())
+    if (s.cancelled())
         return;
     if (!connected) {
-        SetOffline();
+        s.SetOffline();
         return;
     }
-    setConnectedState();
-    is_connected = true;
-    search_done = false;
-    link.write(selected(), QByteArrayLiteral("SOSDI\r\n"));
+    s.SetConnected();
+    s.link().write(s.selected(), QByteArrayLiteral("SOSDI\r\n"));
     RefreshAll();
 }
 
 void Form1::cbo_ipaddr_Click() {
-    const int index = selected();
-    link.connectTo(index, ip_list.value(index));
+    Session& s = *session_;
+    const int index = s.selected();
+    s.link().connectTo(index, s.address(index));
     const bool connected = waitForSelected();
-    if (pump.cancelled())
+    if (s.cancelled())
         return;
     if (connected) {
-        link.write(index, QByteArrayLiteral("SOSDI\r\n"));
+        s.link().write(index, QByteArrayLiteral("SOSDI\r\n"));
         RefreshAll();
-    } else if (!search_done) {
-        SetOffline();
+    } else if (!s.searchDone()) {
+        s.SetOffline();
     }
 }
 
 void Form1::btn_discon_Click() {
-    SetOffline();
+    session_->SetOffline();
 }
 
 void Form1::RefreshAll() {
-    status_->RefreshAll();
-}
-
-void Form1::ReadBypassBezel() {
-    status_->ReadBypassBezel();
+    refresh_->RefreshAll();
 }
 
 void Form1::closeEvent(QCloseEvent* event) {
     // Every running wait ends; nothing more is sent or shown.
-    pump.cancel();
+    session_->pump().cancel();
     QMainWindow::closeEvent(event);
 }

@@ -1,11 +1,13 @@
 #pragma once
 
-#include "window/session.h"
+#include "session/controls.h"
+#include "session/session.h"
 
 #include <QMainWindow>
 #include <memory>
 
 class ReplyDispatcher;
+class StatusRead;
 class WallGeometry;
 class BezelCorrection;
 class Favourites;
@@ -20,21 +22,23 @@ class PowerModel;
 class DeviceDiscovery;
 class StatusRefresh;
 
-// The main window. Constructing it runs the start-up: lists filled, not connected,
-// every page disabled until a search has found controllers and one is connected.
-class Form1 : public QMainWindow, public Session {
+// The main window: builds the controls, the session and the features, and wires the
+// reply handlers in their fixed order. Constructing it runs the start-up: lists filled,
+// not connected, every page disabled until a search has found controllers and one is
+// connected.
+class Form1 : public QMainWindow {
     Q_OBJECT
 public:
     explicit Form1(QWidget* parent = nullptr);
     ~Form1() override;
 
-    void SetOffline() override;
-    void LockPanels() override;
-    void UnlockPanels() override;
-    void RefreshAll() override;
-    void ReadBypassBezel() override;
+    // The controls, by the names the window gives them.
+    Controls ui;
+
+    Session& session() { return *session_; }
 
     void ShowPage(int page);
+    void RefreshAll();
 
     void btn_con_Click();
     void cbo_ipaddr_Click();
@@ -46,20 +50,21 @@ protected:
 
 private:
     void Form_Load();
+    void buildFeatures();
     void buildStopWaiting();
     void fillLists();
     void connectPageSelectors();
-    void plugReplyHandlers();
-    void setConnectedState();
-    void setPageFramesEnabled(bool enabled);
+    void addReplyHandlers();
     bool waitForSelected();
 
+    std::unique_ptr<Session> session_;
     std::unique_ptr<ReplyDispatcher> dispatcher_;
 
+    std::unique_ptr<StatusRead> statusRead_;
     std::unique_ptr<NetworkConfig> network_;
     std::unique_ptr<BezelCorrection> bezel_;
     std::unique_ptr<IoSetup> ioSetup_;
-    std::unique_ptr<StatusRefresh> status_;
+    std::unique_ptr<StatusRefresh> refresh_;
     std::unique_ptr<WallGeometry> wall_;
     std::unique_ptr<Favourites> favourites_;
     std::unique_ptr<BypassHotKey> bypass_;

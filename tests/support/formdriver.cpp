@@ -15,13 +15,12 @@ void listDevices(Form1& form, const QStringList& addresses) {
     const QSignalBlocker blockModels(models);
     devices->clear();
     models->clear();
-    form.ip_list.clear();
     for (int i = 0; i < addresses.size(); ++i) {
         devices->addItem(
             QStringLiteral("02-00-00-00-00-%1").arg(i, 2, 16, QLatin1Char('0')).toUpper());
         models->addItem(QStringLiteral(" %1").arg(i));
-        form.ip_list << addresses[i];
     }
+    form.session().setAddresses(addresses);
     devices->setCurrentIndex(addresses.isEmpty() ? -1 : 0);
     models->setCurrentIndex(-1);
     find<QGroupBox>(form, QStringLiteral("con_interface"))->setEnabled(true);
@@ -97,7 +96,7 @@ void click(QAbstractButton* button, int deadlineSeconds) {
         if (state->returned || !form)
             return;
         state->expired = true;
-        form->pump.cancel();
+        form->session().pump().cancel();
     });
     button->click(); // does nothing on a disabled button, like a real click
     state->returned = true;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QPoint>
-#include <QSize>
 #include <array>
 
 class QCheckBox;
@@ -106,14 +104,6 @@ struct Controls {
 
 class QColor;
 class QWidget;
-
-// Where the pages' top left corner lies in the window, and the least size of a page.
-constexpr QPoint PageCorner(128, 208);
-constexpr QSize PageSize(764, 440);
-
-// Creates every control on content with its layouts, captions and initial texts set;
-// lists stay empty (start-up fills them).
-void buildControls(QWidget* content, Controls& ui);
 
 // A button's back colour (its palette's Button colour), text kept readable on it.
 void setBackColour(QWidget* button, const QColor& colour);

@@ -1,4 +1,4 @@
-#include "window/events.h"
+#include "session/events.h"
 
 #include <QComboBox>
 #include <QKeyEvent>

@@ -1,0 +1,172 @@
+#include "session/session.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QWidget>
+
+Session::Session(QWidget* window, Controls& ui) : window_(window), ui_(ui) {}
+
+int Session::selected() const {
+    return ui_.cbo_ipaddr->currentIndex();
+}
+
+int Session::deviceCount() const {
+    return ui_.cbo_ipaddr->count();
+}
+
+bool Session::linkUp() const {
+    return link_.isConnected(selected());
+}
+
+bool Session::guard(Refusal refusal) {
+    if (linkUp())
+        return true;
+    critical(QStringLiteral("Ethernet is disconnected !"));
+    // Only the selection goes; the model list's own Click is not raised by this.
+    if (refusal == Refusal::ClearModelFirst)
+        ui_.cbo_model->setCurrentIndex(-1);
+    SetOffline();
+    return false;
+}
+
+void Session::send(const QByteArray& line) {
+    if (!cancelled())
+        link_.write(selected(), line);
+}
+
+void Session::sendAll(const QByteArray& line) {
+    for (int i = 0; i < deviceCount() && !cancelled(); ++i)
+        link_.write(i, line);
+}
+
+bool Session::request(WaitStep& step, int count, const std::function<QByteArray(int)>& lineAt,
+                      const Request& how) {
+    step.step_ = static_cast<quint8>(how.from);
+    if (how.armed)
+        how.armed();
+    for (int k = 0; k < count; ++k) {
+        sendTo(how.all, lineAt(k));
+        const int awaited = how.from + k + 1;
+        // A stopped wait forgets its half-done sequence.
+        if (!pump_.until([&] { return step.at(awaited); })) {
+            step.step_ = 0;
+            return false;
+        }
+        if (how.answered)
+            how.answered(k + 1);
+    }
+    step.step_ = 0;
+    return true;
+}
+
+bool Session::request(WaitStep& step, const QList<QByteArray>& lines, const Request& how) {
+    return request(
+        step, static_cast<int>(lines.size()), [&lines](int k) { return lines[k]; }, how);
+}
+
+QMessageBox::StandardButton Session::message(QMessageBox::Icon icon, const QString& text,
+                                             QMessageBox::StandardButtons buttons) {
+    if (cancelled())
+        return QMessageBox::NoButton;
+    QMessageBox box(icon, QCoreApplication::applicationName(), text, buttons, window_);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+bool Session::askYes(const QString& text) {
+    return message(QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No) ==
+           QMessageBox::Yes;
+}
+
+void Session::setTitle(const QString& title) {
+    window_->setWindowTitle(title);
+}
+
+// Not connected, every page disabled until a search has found controllers and one
+// is connected. The first SetOffline after this closes nothing.
+void Session::StartUp() {
+    is_connected = false;
+    search_done = false;
+    at_startup = true;
+    ui_.power_ctl[0]->setVisible(true);
+    ui_.power_ctl[1]->setVisible(false);
+    ui_.power_ctl[2]->setVisible(false);
+    setSystemButtonsEnabled(false);
+    ui_.lbl_con[2]->setVisible(false);
+    ui_.net_config->setEnabled(false);
+    ui_.con_interface->setEnabled(false);
+    setPageFramesEnabled(false);
+}
+
+void Session::SetOffline() {
+    if (at_startup) {
+        at_startup = false;
+    } else {
+        for (int i = 0; i < deviceCount(); ++i)
+            link_.close(i);
+    }
+    setBackColour(ui_.btn_discon, Qt::red);
+    clearBackColour(ui_.btn_con);
+    ui_.lbl_con[2]->setVisible(false);
+    ui_.net_config->setEnabled(false);
+    setPageFramesEnabled(false);
+    ui_.power_ctl[0]->setVisible(true);
+    ui_.power_ctl[1]->setVisible(false);
+    ui_.power_ctl[2]->setVisible(false);
+    setTitle(Title);
+    setSystemButtonsEnabled(false);
+    is_connected = false;
+    search_done = false;
+}
+
+void Session::SetConnected() {
+    setBackColour(ui_.btn_con, Qt::green);
+    clearBackColour(ui_.btn_discon);
+    ui_.lbl_con[2]->setVisible(false);
+    ui_.net_config->setEnabled(true);
+    setPageFramesEnabled(true);
+    setSystemButtonsEnabled(true);
+    is_connected = true;
+    search_done = false;
+}
+
+void Session::LockPanels() {
+    ui_.net_config->setEnabled(false);
+    setPageFramesEnabled(false);
+    ui_.con_interface->setEnabled(false);
+    ui_.sys_setting->setEnabled(false);
+}
+
+void Session::UnlockPanels() {
+    ui_.net_config->setEnabled(true);
+    setPageFramesEnabled(true);
+    ui_.con_interface->setEnabled(true);
+    ui_.sys_setting->setEnabled(true);
+}
+
+void Session::setPageFramesEnabled(bool enabled) {
+    for (QGroupBox* page : ui_.frame_control)
+        page->setEnabled(enabled);
+}
+
+void Session::setSystemButtonsEnabled(bool enabled) {
+    for (QWidget* control : {static_cast<QWidget*>(ui_.power_ctl[0]),
+                             static_cast<QWidget*>(ui_.btn_sys_fac_rst),
+                             static_cast<QWidget*>(ui_.btn_sys_refresh),
+                             static_cast<QWidget*>(ui_.Check1[0]),
+                             static_cast<QWidget*>(ui_.Check1[1])})
+        control->setEnabled(enabled);
+}
+
+BusyButtons::BusyButtons(std::initializer_list<QWidget*> buttons) : buttons_(buttons) {
+    for (QWidget* button : buttons_)
+        button->setEnabled(false);
+}
+
+BusyButtons::~BusyButtons() {
+    for (QWidget* button : buttons_)
+        button->setEnabled(true);
+}

@@ -1,0 +1,134 @@
+#pragma once
+
+#include "link/devicelink.h"
+#include "link/waitpump.h"
+#include "session/controls.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QMessageBox>
+#include <QStringList>
+#include <functional>
+#include <initializer_list>
+#include <vector>
+
+// The hand-over between a procedure that waits for a reply and the reply handler that
+// releases it. 0 is idle; a plain request goes 1 -> 2, a sequence counts the reply it
+// expects next. Only Session::request arms and clears a step; handlers move it on.
+class WaitStep {
+public:
+    int value() const { return step_; }
+    bool idle() const { return step_ == 0; }
+    bool at(int step) const { return step_ == step; }
+    void advance() { ++step_; }
+
+private:
+    friend class Session;
+    quint8 step_ = 0;
+};
+
+// How a request goes out; the defaults send to the selected controller from step 1.
+struct Request {
+    // Every listed controller gets each line; only the selected one's reply is read.
+    bool all = false;
+    // The step the wait is armed at.
+    int from = 1;
+    // Runs once the step is armed, before the first line: controls set here raise
+    // events whose handlers already see the request running.
+    std::function<void()> armed = {};
+    // Runs after each reply with the number of replies so far.
+    std::function<void(int replies)> answered = {};
+};
+
+// What the window offers its features: the controls, the lines to the listed
+// controllers, requests that wait for their replies, message boxes, and the window's
+// connected, offline and locked states.
+class Session {
+public:
+    static inline const QString Title = QStringLiteral("Panomat Set v1.10");
+
+    Session(QWidget* window, Controls& ui);
+
+    Controls& ui() { return ui_; }
+    const Controls& ui() const { return ui_; }
+    DeviceLink& link() { return link_; }
+    WaitPump& pump() { return pump_; }
+    // True while the window closes or a stopped wait unwinds: nothing more is sent
+    // or shown.
+    bool cancelled() const { return pump_.cancelled(); }
+
+    // The device list: cbo_ipaddr holds the MACs, the addresses sit at the same index.
+    int selected() const;    // cbo_ipaddr's list index, -1 for none
+    int deviceCount() const; // entries of cbo_ipaddr
+    QString address(int index) const { return addresses_.value(index); }
+    const QStringList& addresses() const { return addresses_; }
+    void setAddresses(const QStringList& addresses) { addresses_ = addresses; }
+    bool linkUp() const; // the selected controller's socket is connected
+
+    bool isConnected() const { return is_connected; }
+    bool searchDone() const { return search_done; }
+    void setSearchDone() { search_done = true; }
+
+    // The test every sender makes before its first write: when the selected controller
+    // is not connected, "Ethernet is disconnected !" and SetOffline, and false. A
+    // setter whose list a status read fills drops that list's selection in between.
+    enum class Refusal { Offline, ClearModelFirst };
+    bool guard(Refusal refusal = Refusal::Offline);
+
+    void send(const QByteArray& line);    // to the selected controller
+    void sendAll(const QByteArray& line); // to every listed controller, in list order
+    void sendTo(bool all, const QByteArray& line) { all ? sendAll(line) : send(line); }
+
+    // Arms step at how.from and sends count lines, each only after the reply to the one
+    // before has moved the step on by one; lineAt(k) builds line k when its turn comes.
+    // The step is idle afterwards. False when the wait was stopped or the window is
+    // closing: the caller then stops without sending or showing anything more.
+    bool request(WaitStep& step, int count, const std::function<QByteArray(int)>& lineAt,
+                 const Request& how = {});
+    bool request(WaitStep& step, const QList<QByteArray>& lines, const Request& how = {});
+
+    // Modal message boxes with the application's name as title. Nothing is shown once
+    // cancelled.
+    QMessageBox::StandardButton message(QMessageBox::Icon icon, const QString& text,
+                                        QMessageBox::StandardButtons buttons = QMessageBox::Ok);
+    void critical(const QString& text) { message(QMessageBox::Critical, text); }
+    void exclamation(const QString& text) { message(QMessageBox::Warning, text); }
+    void information(const QString& text) { message(QMessageBox::Information, text); }
+    void plain(const QString& text) { message(QMessageBox::NoIcon, text); }
+    bool askYes(const QString& text);
+
+    void setTitle(const QString& title);
+
+    // The window's states.
+    void StartUp();
+    void SetOffline();
+    void SetConnected();
+    void LockPanels();
+    void UnlockPanels();
+
+private:
+    void setPageFramesEnabled(bool enabled);
+    void setSystemButtonsEnabled(bool enabled);
+
+    QWidget* window_;
+    Controls& ui_;
+    DeviceLink link_;
+    WaitPump pump_;
+    QStringList addresses_;
+    bool is_connected = false;
+    bool search_done = false;
+    bool at_startup = false;
+};
+
+// A procedure's own buttons stay disabled while it runs and come back however it ends,
+// also when its wait is stopped.
+class BusyButtons {
+public:
+    explicit BusyButtons(std::initializer_list<QWidget*> buttons);
+    ~BusyButtons();
+    BusyButtons(const BusyButtons&) = delete;
+    BusyButtons& operator=(const BusyButtons&) = delete;
+
+private:
+    std::vector<QWidget*> buttons_;
+};

@@ -60,9 +60,9 @@ public:
     // The device list: cbo_ipaddr holds the MACs, the addresses sit at the same index.
     int selected() const;    // cbo_ipaddr's list index, -1 for none
     int deviceCount() const; // entries of cbo_ipaddr
-    QString address(int index) const { return addresses_.value(index); }
-    const QStringList& addresses() const { return addresses_; }
-    void setAddresses(const QStringList& addresses) { addresses_ = addresses; }
+    QString address(int index) const { return ip_list.value(index); }
+    const QStringList& addresses() const { return ip_list; }
+    void setAddresses(const QStringList& addresses) { ip_list = addresses; }
     bool linkUp() const; // the selected controller's socket is connected
 
     bool isConnected() const { return is_connected; }
@@ -114,7 +114,7 @@ private:
     Controls& ui_;
     DeviceLink link_;
     WaitPump pump_;
-    QStringList addresses_;
+    QStringList ip_list;
     bool is_connected = false;
     bool search_done = false;
     bool at_startup = false;

@@ -1,5 +1,5 @@
 #include "protocol/legacytext.h"
-#include "system/discovery.h"
+#include "link/searchprogram.h"
 
 #include <QTest>
 

@@ -3,17 +3,10 @@
 #include <QHostAddress>
 #include <QTcpSocket>
 
-namespace {
-
-// Four decimal octets of 0-255, written as the device list writes them, and not
-// 0.0.0.0, which Linux connects to this machine. Any other text would be looked up
-// by name, and QHostAddress alone also takes "127.1" and octal "010.0.0.1".
-bool parseControllerAddress(const QString& host, QHostAddress* address) {
+bool isControllerAddress(const QString& host, QHostAddress* address) {
     return address->setAddress(host) && address->protocol() == QAbstractSocket::IPv4Protocol &&
            address->toString() == host && *address != QHostAddress(QHostAddress::AnyIPv4);
 }
-
-} // namespace
 
 DeviceLink::DeviceLink(QObject* parent) : QObject(parent) {}
 
@@ -40,7 +33,7 @@ void DeviceLink::connectTo(int index, const QString& host) {
     QTcpSocket* s = socket(index);
     s->abort();
     QHostAddress address;
-    if (parseControllerAddress(host, &address))
+    if (isControllerAddress(host, &address))
         s->connectToHost(address, ControllerPort);
 }
 

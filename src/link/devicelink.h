@@ -4,7 +4,13 @@
 #include <QString>
 #include <vector>
 
+class QHostAddress;
 class QTcpSocket;
+
+// Four decimal octets of 0-255, written as the device list writes them, and not
+// 0.0.0.0, which Linux connects to this machine. Any other text would be looked up
+// by name, and QHostAddress alone also takes "127.1" and octal "010.0.0.1".
+bool isControllerAddress(const QString& host, QHostAddress* address);
 
 // One TCP client socket per listed controller; socket i belongs to list entry i.
 // The array grows with the list, so every listed controller can be connected.

@@ -1,5 +1,6 @@
 #include "system/discovery.h"
 
+#include "link/searchprogram.h"
 #include "protocol/legacytext.h"
 #include "session/events.h"
 #include "session/session.h"
@@ -12,71 +13,13 @@
 #include <QGroupBox>
 #include <QProcess>
 #include <QPushButton>
-#include <QStandardPaths>
-#include <QTextStream>
-#include <optional>
 
 #ifdef Q_OS_WIN
 #include <windows.h>
 #endif
 
-namespace {
-
-const QString SearchProgram = QStringLiteral("ZEDA.exe");
-const QString MacFile = QStringLiteral("MAC.txt");
-const QString IpFile = QStringLiteral("IP.txt");
-constexpr int MacLength = 17;
-constexpr int AddressField = 15;
-
-QString besideTool(const QString& name) {
-    return QDir(QCoreApplication::applicationDirPath()).filePath(name);
-}
-
-// Beside the tool (a build tree, a copy of the tool's folder); else where an
-// installation keeps its private programs, PANOMAT_HELPER_DIR relative to the tool.
-QString searchProgram() {
-    const QString beside = besideTool(SearchProgram);
-    if (QFileInfo(beside).isFile())
-        return beside;
-    const QString installed =
-        QDir::cleanPath(besideTool(QStringLiteral(PANOMAT_HELPER_DIR "/") + SearchProgram));
-    return QFileInfo(installed).isFile() ? installed : beside;
-}
-
-// The result files stay beside the tool when the search program is there too and the
-// folder can be written. Otherwise (installed, or a read-only copy) they go to the
-// user's data folder, ~/.local/share/panomat-set, and the search is told so.
-QString resultFolder(const QString& program) {
-    const QString folder = QCoreApplication::applicationDirPath();
-    if (QFileInfo(program).absolutePath() == folder && QFileInfo(folder).isWritable())
-        return folder;
-    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
-        .filePath(QStringLiteral("panomat-set"));
-}
-
-// All lines of a text file, or nothing when it cannot be opened.
-std::optional<QStringList> readLines(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return std::nullopt;
-    QTextStream in(&file);
-    in.setEncoding(QStringConverter::Latin1);
-    QStringList lines;
-    while (!in.atEnd())
-        lines << in.readLine();
-    return lines;
-}
-
-} // namespace
-
-QString addressFromLine(const QString& line, int index) {
-    QStringList octets;
-    for (int offset : {1, 5, 9, 13}) {
-        const QString field = legacy::mid(line, AddressField * index + offset, 3);
-        octets << QString::number(legacy::roundHalfEven(legacy::val(field)));
-    }
-    return octets.join(u'.');
-}
+using search::IpFile;
+using search::MacFile;
 
 DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session) {
     QObject::connect(s_.ui().btn_sys_search, &QPushButton::clicked, s_.ui().btn_sys_search,
@@ -86,16 +29,16 @@ DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session) {
 void DeviceDiscovery::btn_sys_search_Click() {
     if (running_)
         return; // one search at a time
-    const QString program = searchProgram();
+    const QString program = search::program();
     if (!QFileInfo(program).isFile()) {
         s_.exclamation(QStringLiteral("Cannot find %1 in %2 !")
-                           .arg(SearchProgram,
+                           .arg(search::Program,
                                 QDir::toNativeSeparators(QCoreApplication::applicationDirPath())));
         return;
     }
     s_.SetOffline();
     s_.ui().cbo_ipaddr->clear();
-    const QDir results(resultFolder(program));
+    const QDir results(search::resultFolder(program));
     if (!removeOldResults(results))
         return;
     running_ = true;
@@ -104,16 +47,14 @@ void DeviceDiscovery::btn_sys_search_Click() {
     if (!ran)
         return;
 
-    const std::optional<QStringList> macLines = readLines(results.filePath(MacFile));
-    const std::optional<QStringList> ipLines = readLines(results.filePath(IpFile));
+    const std::optional<QStringList> macLines = search::readLines(results.filePath(MacFile));
+    const std::optional<QStringList> ipLines = search::readLines(results.filePath(IpFile));
     if (!macLines || !ipLines) {
         s_.exclamation(QStringLiteral("%1 left no readable %2 !")
-                           .arg(SearchProgram, macLines ? IpFile : MacFile));
+                           .arg(search::Program, macLines ? IpFile : MacFile));
         return;
     }
-    QStringList macs;
-    for (const QString& line : *macLines)
-        macs << line.left(MacLength);
+    QStringList macs = search::macs(*macLines);
     if (macs.size() > MaxDevices) {
         s_.exclamation(QStringLiteral("%1 lists %2 devices; only the first %3 are shown !")
                            .arg(MacFile)
@@ -162,8 +103,7 @@ bool DeviceDiscovery::removeOldResults(const QDir& results) {
 bool DeviceDiscovery::runSearchProgram(const QString& program, const QString& results) {
     QProcess tool;
     tool.setProgram(program);
-    if (results != QCoreApplication::applicationDirPath())
-        tool.setArguments({QStringLiteral("--output-dir"), results});
+    tool.setArguments(search::arguments(results));
     tool.setWorkingDirectory(QCoreApplication::applicationDirPath());
     tool.setProcessChannelMode(QProcess::ForwardedChannels);
 #ifdef Q_OS_WIN
@@ -175,7 +115,7 @@ bool DeviceDiscovery::runSearchProgram(const QString& program, const QString& re
     tool.start();
     if (!tool.waitForStarted(-1) && tool.error() == QProcess::FailedToStart) {
         s_.exclamation(
-            QStringLiteral("Cannot start %1: %2").arg(SearchProgram, tool.errorString()));
+            QStringLiteral("Cannot start %1: %2").arg(search::Program, tool.errorString()));
         return false;
     }
     return s_.pump().until([&] { return tool.state() == QProcess::NotRunning; }) && endedWell(tool);
@@ -184,12 +124,12 @@ bool DeviceDiscovery::runSearchProgram(const QString& program, const QString& re
 // A program that was killed or reports failure leaves no result to read.
 bool DeviceDiscovery::endedWell(const QProcess& tool) {
     if (tool.exitStatus() == QProcess::CrashExit) {
-        s_.exclamation(QStringLiteral("%1 ended abnormally !").arg(SearchProgram));
+        s_.exclamation(QStringLiteral("%1 ended abnormally !").arg(search::Program));
         return false;
     }
     if (tool.exitCode() != 0) {
         s_.exclamation(QStringLiteral("%1 failed with exit code %2 !")
-                           .arg(SearchProgram)
+                           .arg(search::Program)
                            .arg(tool.exitCode()));
         return false;
     }

@@ -28,7 +28,3 @@ private:
     bool running_ = false;
     QString ip_text; // the last line of IP.txt
 };
-
-// The dotted address of device index from the address line: fifteen characters a
-// device, octets at offsets 1, 5, 9 and 13 of its field, each by numeric value.
-QString addressFromLine(const QString& line, int index);

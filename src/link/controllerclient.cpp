@@ -36,6 +36,11 @@ void ControllerClient::sendRaw(const QByteArray& line, int waitMs, Answer answer
     start();
 }
 
+void ControllerClient::then(std::function<void()> step) {
+    queue_.enqueue({{}, {}, -1, [step = std::move(step)](const QByteArray&) { step(); }});
+    start();
+}
+
 void ControllerClient::start() {
     if (socket_->state() != QAbstractSocket::UnconnectedState || finished_)
         return;
@@ -65,11 +70,11 @@ void ControllerClient::next() {
     const Exchange& e = queue_.head();
     running_ = true;
     buffer_.clear();
-    socket_->write(e.line);
+    if (!e.line.isEmpty())
+        socket_->write(e.line);
     if (e.rawWaitMs >= 0) {
         timer_.start(e.rawWaitMs);
     } else if (e.replyKey.isEmpty()) {
-        socket_->flush();
         complete({});
     } else {
         timer_.start(timeoutMs_);

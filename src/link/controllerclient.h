@@ -34,6 +34,12 @@ public:
     void exchange(const QByteArray& line, const QByteArray& replyKey, Answer answer = {});
     // Sends a line and hands over every byte that arrives within waitMs, unframed.
     void sendRaw(const QByteArray& line, int waitMs, Answer answer);
+    // Runs step once every exchange queued before it has ended; it may queue more.
+    void then(std::function<void()> step);
+    // Ends the connection with a failure, for an answer that did not make sense.
+    void fail(const QString& why);
+    // Nothing queued, nothing out, not ended.
+    bool idle() const { return queue_.isEmpty() && !running_ && !finished_; }
 
 signals:
     // Every queued exchange has ended well.
@@ -53,7 +59,6 @@ private:
     void onReadyRead();
     void onTimeout();
     void complete(const QByteArray& reply);
-    void fail(const QString& why);
     QString command() const;
 
     QString host_;

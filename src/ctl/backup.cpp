@@ -1,0 +1,165 @@
+#include "ctl/cli.h"
+#include "ctl/commands.h"
+#include "ctl/settingsio.h"
+#include "protocol/jsonfile.h"
+#include "protocol/settingsfile.h"
+
+#include <QDateTime>
+#include <QTextStream>
+
+using protocol::Setting;
+
+int runBackup(const QStringList& arguments) {
+    Cli cli(QStringLiteral("backup"),
+            QStringLiteral("Reads every readable setting of each target, in parallel, into a "
+                           "settings file."),
+            Cli::Targets);
+    const QCommandLineOption output(QStringList{QStringLiteral("o"), QStringLiteral("output")},
+                                    QStringLiteral("The settings file to write."),
+                                    QStringLiteral("FILE.json"));
+    cli.parser.addOption(output);
+    if (!cli.parse(arguments))
+        return Usage;
+    if (!cli.parser.isSet(output))
+        return cli.usage(QStringLiteral("name the file with -o FILE.json"));
+    const auto targets = cli.targets();
+    if (!targets)
+        return Usage;
+    const QList<const Setting*> settings = readableSettings(true);
+    QList<settingsfile::Controller> read(targets->size());
+    Progress progress(QStringLiteral("backup"), targets->size(), true);
+    const QStringList failures = runAll(
+        *targets, cli.timeoutMs(),
+        [&](ControllerClient& client, qsizetype i) {
+            read[i] = {(*targets)[i].mac, (*targets)[i].address, {}, {}, {}};
+            queueReads(client, settings, &read[i].values);
+        },
+        &progress);
+    QList<settingsfile::Controller> done;
+    for (qsizetype i = 0; i < targets->size(); ++i)
+        if (failures[i].isEmpty()) {
+            read[i].time = QDateTime::currentDateTimeUtc();
+            read[i].firmware = settingsfile::firmwareText(read[i].values.value(QStringLiteral("firmware")));
+            done << read[i];
+        }
+    QString error;
+    if (!done.isEmpty() && !jsonfile::write(cli.parser.value(output), settingsfile::toJson(done), &error)) {
+        QTextStream(stderr) << "panomat-ctl backup: " << error << '\n';
+        return SomeFailed;
+    }
+    return report(*targets, failures);
+}
+
+namespace {
+
+// What a restore writes to one controller: every setting of the file that it can write
+// and that differs from what the controller holds now.
+QList<Change> changesFor(const settingsfile::Controller& wanted, const Values& now,
+                         bool withNetwork) {
+    QList<Change> changes;
+    for (const Setting* s : readableSettings(withNetwork))
+        if (s->writable() && wanted.values.contains(s->name) &&
+            wanted.values.value(s->name) != now.value(s->name))
+            changes.append({s, wanted.values.value(s->name)});
+    return changes;
+}
+
+QString describe(const Change& change, const Values& now) {
+    const auto& [s, v] = change;
+    return QStringLiteral("%1: %2 -> %3")
+        .arg(s->name, protocol::valueText(*s, now.value(s->name)), protocol::valueText(*s, v));
+}
+
+} // namespace
+
+int runRestore(const QStringList& arguments) {
+    Cli cli(QStringLiteral("restore"),
+            QStringLiteral("Writes a settings file back to its controllers, or with --to onto "
+                           "another one, and compares what reads back."),
+            Cli::Nothing);
+    const QCommandLineOption to(QStringLiteral("to"),
+                                QStringLiteral("Restore the file's one controller onto ADDR."),
+                                QStringLiteral("ADDR"));
+    const QCommandLineOption dryRun(QStringLiteral("dry-run"),
+                                    QStringLiteral("Print what would change; send no writes."));
+    const QCommandLineOption network(QStringLiteral("include-network"),
+                                     QStringLiteral("Also write the network settings and restart "
+                                                    "the controller's network with them."));
+    const QCommandLineOption timeout(QStringLiteral("timeout"),
+                                     QStringLiteral("Wait at most MS milliseconds for each reply."),
+                                     QStringLiteral("MS"), QString::number(ControllerClient::DefaultTimeoutMs));
+    cli.parser.addOptions({to, dryRun, network, timeout});
+    cli.parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A settings file."),
+                                     QStringLiteral("FILE.json"));
+    if (!cli.parse(arguments))
+        return Usage;
+    if (cli.parser.positionalArguments().size() != 1)
+        return cli.usage(QStringLiteral("name one FILE.json"));
+    const int timeoutMs = cli.parser.value(timeout).toInt();
+    if (timeoutMs < 1)
+        return cli.usage(QStringLiteral("--timeout takes a number of milliseconds"));
+    QString error;
+    const auto object = jsonfile::read(cli.parser.positionalArguments().first(), settingsfile::Format, &error);
+    auto file = object ? settingsfile::fromJson(*object, &error) : std::nullopt;
+    if (!file)
+        return cli.usage(error);
+    if (cli.parser.isSet(to)) {
+        if (file->size() != 1)
+            return cli.usage(QStringLiteral("--to needs a file of one controller; this one holds %1")
+                                 .arg(file->size()));
+        (*file)[0].address = cli.parser.value(to);
+    }
+    QList<Target> targets;
+    for (const settingsfile::Controller& c : *file)
+        targets.append({c.address, c.mac});
+    const bool withNetwork = cli.parser.isSet(network);
+
+    QList<Values> now(targets.size());
+    QList<QList<Change>> changes(targets.size());
+    QList<QList<Change>> networkChanges(targets.size());
+    QList<Values> after(targets.size());
+    const bool dry = cli.parser.isSet(dryRun);
+    QStringList failures = runAll(targets, timeoutMs, [&](ControllerClient& client, qsizetype i) {
+        queueReads(client, readableSettings(withNetwork), &now[i]);
+        client.then([&, i, &c = client] {
+            changes[i] = changesFor((*file)[i], now[i], false);
+            if (withNetwork)
+                networkChanges[i] = changesFor((*file)[i], now[i], true);
+            networkChanges[i].removeIf([](const Change& ch) {
+                return ch.first->group != protocol::Group::Network;
+            });
+            if (dry)
+                return;
+            queueWrites(c, changes[i]);
+            queueReads(c, readableSettings(false), &after[i]);
+            // Last, as they restart the controller's network and end the connection.
+            queueWrites(c, networkChanges[i]);
+            if (!networkChanges[i].isEmpty())
+                c.exchange(QByteArrayLiteral("SREL\r\n"), QByteArrayLiteral("RELI"));
+        });
+    });
+    QTextStream out(stdout);
+    for (qsizetype i = 0; i < targets.size(); ++i) {
+        if (!failures[i].isEmpty())
+            continue;
+        const QList<Change> all = changes[i] + networkChanges[i];
+        if (dry) {
+            out << targets[i].address << ": " << (all.isEmpty() ? "nothing to change" : "would change")
+                << '\n';
+            for (const Change& change : all)
+                out << "  " << describe(change, now[i]) << '\n';
+            continue;
+        }
+        const QStringList different = differences(changes[i], after[i]);
+        if (!different.isEmpty()) {
+            failures[i] = QStringLiteral("%1: %2").arg(targets[i].address,
+                                                       different.join(QLatin1String("; ")));
+            continue;
+        }
+        out << targets[i].address << ": wrote " << all.size() << " settings, read back equal";
+        if (!networkChanges[i].isEmpty())
+            out << "; the network restarts with the new settings";
+        out << '\n';
+    }
+    return report(targets, failures);
+}

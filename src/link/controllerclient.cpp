@@ -70,8 +70,10 @@ void ControllerClient::next() {
     const Exchange& e = queue_.head();
     running_ = true;
     buffer_.clear();
-    if (!e.line.isEmpty())
+    if (!e.line.isEmpty()) {
         socket_->write(e.line);
+        socket_->flush(); // now, not on the next pass of the event loop
+    }
     if (e.rawWaitMs >= 0) {
         timer_.start(e.rawWaitMs);
     } else if (e.replyKey.isEmpty()) {

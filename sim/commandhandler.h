@@ -22,17 +22,10 @@ struct Response {
     QString note;            // why a command was refused or only partly applied
 };
 
-// Applies one command line (without its line end) to `state` and builds the reply.
-// Set commands the tool does not wait for are applied silently: an unasked reply
-// would share a chunk with the next awaited reply, and the tool reads only the
-// first reply of a chunk.
+// Applies one command line (without its line end) to `state` and builds the reply, both
+// as the protocol catalogue describes the command. Set commands the tool does not wait
+// for are applied silently: an unasked reply would share a chunk with the next awaited
+// reply, and the tool reads only the first reply of a chunk.
 Response handleCommand(ControllerState& state, const QByteArray& line);
-
-// Long reply layout used by the picture, bezel and trim reads: a first key and the
-// output number (characters 1-7), a second key (8-11) and a three-digit value (12-14).
-QByteArray longReply(const char* firstKey, int output, const char* secondKey, int value);
-
-QString addressText(quint32 address);                    // "127.0.0.2"
-bool parseAddress(const QByteArray& text, quint32* out); // accepts "127.000.000.002"
 
 } // namespace sim

@@ -374,13 +374,13 @@ void VirtualController::process(Connection* c, const QByteArray& line) {
 void VirtualController::restart(bool factory) {
     dropAll();
     QHostAddress target = address_;
-    if (factory || state_.staticMode) {
-        target = QHostAddress(state_.address);
+    if (factory || state_.value("network.mode") != 0) {
+        target = QHostAddress(quint32(state_.value("network.address")));
     } else {
         // DHCP: the loopback "lease" is the address it already has.
-        state_.address = address_.toIPv4Address();
-        state_.mask = 0xFF000000u;
-        state_.gateway = 0x7F000001u;
+        state_.set("network.address", address_.toIPv4Address());
+        state_.set("network.mask", 0xFF000000u);
+        state_.set("network.gateway", 0x7F000001u);
     }
     if (target != address_ && !moveTo(target)) {
         log(QStringLiteral("restarted, staying at %1").arg(address_.toString()));

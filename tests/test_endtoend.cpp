@@ -19,7 +19,7 @@ QStringList receivedLines(const sim::VirtualController* controller) {
 }
 
 QString firmwareTitle(const sim::VirtualController* controller) {
-    const int firmware = controller->state().firmware;
+    const int firmware = int(controller->state().value("firmware"));
     return QStringLiteral("Panomat Set v1.10    FW: v%1.%2")
         .arg(firmware / 100)
         .arg(firmware % 100, 2, 10, QLatin1Char('0'));
@@ -66,7 +66,7 @@ void TestEndToEnd::searchListsConnectsAndReadsBack() {
 
     driver::pick(form.ui.cbo_ipaddr, 2);
     QCOMPARE(form.windowTitle(), firmwareTitle(wall.controller(3)));
-    QCOMPARE(form.ui.cbo_model->currentIndex(), wall.controller(3)->state().model);
+    QCOMPARE(form.ui.cbo_model->currentIndex(), wall.controller(3)->state().value("model"));
     QCOMPARE(form.ui.txt_ip->text(), QStringLiteral("127.022.000.003"));
 }
 

@@ -39,11 +39,13 @@ struct Client {
     }
 };
 
-QByteArray wallText(const WallSettings& w) {
-    QByteArray text = QByteArray::number(w.rows) + 'x' + QByteArray::number(w.cols);
-    for (int p : w.position)
-        text += ' ' + QByteArray::number(p);
-    return text + (w.bypass ? " bypass" : "") + (w.bezelOn ? " bezel" : "");
+QByteArray wallText(const ControllerState& s) {
+    QByteArray text =
+        QByteArray::number(s.value("wall.rows")) + 'x' + QByteArray::number(s.value("wall.cols"));
+    for (const char* p :
+         {"wall.position.a", "wall.position.b", "wall.position.c", "wall.position.d"})
+        text += ' ' + QByteArray::number(s.value(p));
+    return text + (s.value("bypass") ? " bypass" : "") + (s.value("bezel.mode") ? " bezel" : "");
 }
 
 } // namespace
@@ -89,7 +91,7 @@ private slots:
                 QCOMPARE(ctl->address(), at);
                 c.emplace(at);
             } else if (step.startsWith('?')) {
-                QCOMPARE(wallText(ctl->state().wall), step.mid(1));
+                QCOMPARE(wallText(ctl->state()), step.mid(1));
             } else if (step == "!") {
                 QCOMPARE(ctl->state(), ControllerState::factory(1, home.toIPv4Address()));
             } else {

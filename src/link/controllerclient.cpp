@@ -6,7 +6,18 @@
 #include <QTcpSocket>
 
 ControllerClient::ControllerClient(const QString& host, int timeoutMs, QObject* parent)
-    : QObject(parent), host_(host), timeoutMs_(timeoutMs), socket_(new QTcpSocket(this)) {
+    : QObject(parent), host_(host), timeoutMs_(timeoutMs), socket_(new QTcpSocket(this)),
+      owned_(true) {
+    watch();
+}
+
+ControllerClient::ControllerClient(QTcpSocket* lent, const QString& host, int timeoutMs,
+                                   QObject* parent)
+    : QObject(parent), host_(host), timeoutMs_(timeoutMs), socket_(lent), owned_(false) {
+    watch();
+}
+
+void ControllerClient::watch() {
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &ControllerClient::onTimeout);
     connect(socket_, &QTcpSocket::connected, this, &ControllerClient::next);
@@ -42,6 +53,13 @@ void ControllerClient::then(std::function<void()> step) {
 }
 
 void ControllerClient::start() {
+    if (!owned_ && !running_ && !finished_) {
+        if (socket_->state() == QAbstractSocket::ConnectedState)
+            next();
+        else
+            fail(QStringLiteral("not connected"));
+        return;
+    }
     if (socket_->state() != QAbstractSocket::UnconnectedState || finished_)
         return;
     QHostAddress address;
@@ -63,7 +81,8 @@ void ControllerClient::next() {
         return;
     if (queue_.isEmpty()) {
         finished_ = true;
-        socket_->disconnectFromHost();
+        if (owned_)
+            socket_->disconnectFromHost();
         emit finished();
         return;
     }
@@ -139,7 +158,10 @@ void ControllerClient::fail(const QString& why) {
     running_ = false;
     timer_.stop();
     queue_.clear();
-    socket_->abort();
+    if (owned_)
+        socket_->abort();
+    else
+        socket_->readAll(); // what is left of a reply that did not make sense
     emit failed(QStringLiteral("%1: %2").arg(host_, why));
 }
 

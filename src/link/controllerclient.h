@@ -25,6 +25,9 @@ public:
     using Answer = std::function<void(const QByteArray& reply)>;
 
     ControllerClient(const QString& host, int timeoutMs, QObject* parent = nullptr);
+    // Works on a connection that someone else owns and keeps open (DeviceLink::lend).
+    ControllerClient(QTcpSocket* lent, const QString& host, int timeoutMs,
+                     QObject* parent = nullptr);
     ~ControllerClient() override;
 
     QString host() const { return host_; }
@@ -54,6 +57,7 @@ private:
         Answer answer;
     };
 
+    void watch();
     void start();
     void next();
     void onReadyRead();
@@ -64,6 +68,7 @@ private:
     QString host_;
     int timeoutMs_;
     QTcpSocket* socket_;
+    bool owned_;
     QTimer timer_;
     QQueue<Exchange> queue_;
     QByteArray buffer_;

@@ -27,8 +27,12 @@ void DeviceLink::connectTo(int index, const QString& host) {
         // Only the selected controller's socket is read: what another one sends stays
         // in the system's buffers beyond this, and the sender is held back.
         s->setReadBufferSize(ReadBufferBytes);
-        connect(s, &QTcpSocket::readyRead, this, [this, i] { emit dataArrived(i); });
+        connect(s, &QTcpSocket::readyRead, this, [this, i] {
+            if (!lent_[static_cast<size_t>(i)])
+                emit dataArrived(i);
+        });
         sockets_.push_back(s);
+        lent_.push_back(false);
     }
     QTcpSocket* s = socket(index);
     s->abort();
@@ -55,4 +59,16 @@ void DeviceLink::write(int index, const QByteArray& line) {
 QString DeviceLink::readAll(int index) {
     QTcpSocket* s = socket(index);
     return s ? QString::fromLatin1(s->readAll()) : QString();
+}
+
+QTcpSocket* DeviceLink::lend(int index) {
+    if (!isConnected(index) || lent_[static_cast<size_t>(index)])
+        return nullptr;
+    lent_[static_cast<size_t>(index)] = true;
+    return socket(index);
+}
+
+void DeviceLink::giveBack(int index) {
+    if (socket(index))
+        lent_[static_cast<size_t>(index)] = false;
 }

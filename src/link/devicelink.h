@@ -35,6 +35,13 @@ public:
     // All data waiting on socket i, one byte per character.
     QString readAll(int index);
 
+    // Lends the connected socket of entry index to a procedure of its own (the wall
+    // planner's apply, a settings backup), so that no second connection is opened: until
+    // it is given back, what arrives on it raises no dataArrived and no reply handler
+    // sees it. Null when the entry is not connected or already lent.
+    QTcpSocket* lend(int index);
+    void giveBack(int index);
+
 signals:
     void dataArrived(int index);
 
@@ -42,4 +49,5 @@ private:
     QTcpSocket* socket(int index) const;
 
     std::vector<QTcpSocket*> sockets_;
+    std::vector<bool> lent_;
 };

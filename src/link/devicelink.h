@@ -42,12 +42,32 @@ public:
     QTcpSocket* lend(int index);
     void giveBack(int index);
 
+    // How entry i's connection stands, for the operator: never connected or closed by
+    // the tool, on its way, up, or ended by the controller or the network.
+    enum class State { NotConnected, Connecting, Connected, Lost };
+    State state(int index) const;
+
 signals:
     void dataArrived(int index);
+    // For the traffic monitor: every line written, and every chunk as it arrives on
+    // any socket, before anyone reads it (nothing is taken from the socket).
+    void written(int index, const QByteArray& bytes);
+    void received(int index, const QByteArray& bytes);
+    void stateChanged(int index);
 
 private:
-    QTcpSocket* socket(int index) const;
+    struct Entry {
+        QTcpSocket* socket = nullptr;
+        bool lent = false;
+        qint64 shown = 0;     // bytes waiting on the socket that were already reported
+        bool closing = false; // the tool itself is closing or reconnecting it
+        State state = State::NotConnected;
+    };
 
-    std::vector<QTcpSocket*> sockets_;
-    std::vector<bool> lent_;
+    QTcpSocket* socket(int index) const;
+    void grow(int index);
+    void onReadyRead(int index);
+    void onSocketState(int index);
+
+    std::vector<Entry> entries_;
 };

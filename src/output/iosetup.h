@@ -21,6 +21,6 @@ private:
     void showDefaults();
 
     Session& s_;
-    WaitStep read_;     // the seven reads
-    WaitStep osdReset_; // "SOSDR"
+    WaitStep read_{"I/O read"};
+    WaitStep osdReset_{"OSD reset"};
 };

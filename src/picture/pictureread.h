@@ -24,6 +24,6 @@ private:
     void reset(bool all, const QByteArray& line, int firstRow, int rows);
 
     Session& s_;
-    WaitStep read_;  // the sixteen reads
-    WaitStep reset_; // "SIMRE" or "SPIRE"
+    WaitStep read_{"Picture read"};
+    WaitStep reset_{"Picture reset"};
 };

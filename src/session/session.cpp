@@ -1,5 +1,7 @@
 #include "session/session.h"
 
+#include "protocol/catalogue.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
@@ -43,24 +45,39 @@ void Session::sendAll(const QByteArray& line) {
         link_.write(i, line);
 }
 
+namespace {
+
+// The key of the reply a command line is answered with, as the catalogue has it.
+QString awaitedReply(const QByteArray& line) {
+    const QByteArray keyword = line.trimmed().split(' ').value(0).toUpper();
+    const protocol::Command* command = protocol::findCommand(keyword);
+    if (command && *command->reply.key)
+        return QString::fromLatin1(command->reply.key);
+    return QStringLiteral("the answer to %1").arg(QString::fromLatin1(keyword));
+}
+
+} // namespace
+
 bool Session::request(WaitStep& step, int count, const std::function<QByteArray(int)>& lineAt,
                       const Request& how) {
     step.step_ = static_cast<quint8>(how.from);
     if (how.armed)
         how.armed();
-    for (int k = 0; k < count; ++k) {
-        sendTo(how.all, lineAt(k));
+    bool done = true;
+    for (int k = 0; k < count && done; ++k) {
+        const QByteArray line = lineAt(k);
+        sendTo(how.all, line);
+        emit notice_.waiting(QString::fromLatin1(step.procedure()), awaitedReply(line),
+                             address(selected()));
         const int awaited = how.from + k + 1;
-        // A stopped wait forgets its half-done sequence.
-        if (!pump_.until([&] { return step.at(awaited); })) {
-            step.step_ = 0;
-            return false;
-        }
-        if (how.answered)
+        done = pump_.until([&] { return step.at(awaited); });
+        if (done && how.answered)
             how.answered(k + 1);
     }
+    emit notice_.ended();
+    // A stopped wait forgets its half-done sequence.
     step.step_ = 0;
-    return true;
+    return done;
 }
 
 bool Session::request(WaitStep& step, const QList<QByteArray>& lines, const Request& how) {

@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QMessageBox>
+#include <QObject>
 #include <QStringList>
 #include <functional>
 #include <initializer_list>
@@ -17,6 +18,10 @@
 // expects next. Only Session::request arms and clears a step; handlers move it on.
 class WaitStep {
 public:
+    // procedure names it for the operator: "Status read", "Wall send".
+    explicit WaitStep(const char* procedure) : procedure_(procedure) {}
+    const char* procedure() const { return procedure_; }
+
     int value() const { return step_; }
     bool idle() const { return step_ == 0; }
     bool at(int step) const { return step_ == step; }
@@ -24,7 +29,18 @@ public:
 
 private:
     friend class Session;
+    const char* procedure_;
     quint8 step_ = 0;
+};
+
+// What the running request waits for, for the operator's status bar.
+class WaitNotice : public QObject {
+    Q_OBJECT
+signals:
+    // reply: the key of the awaited reply, or the command when the controller
+    // answers it with no key of its own.
+    void waiting(const QString& procedure, const QString& reply, const QString& controller);
+    void ended();
 };
 
 // How a request goes out; the defaults send to the selected controller from step 1.
@@ -53,6 +69,7 @@ public:
     const Controls& ui() const { return ui_; }
     DeviceLink& link() { return link_; }
     WaitPump& pump() { return pump_; }
+    WaitNotice& notice() { return notice_; }
     // True while the window closes or a stopped wait unwinds: nothing more is sent
     // or shown.
     bool cancelled() const { return pump_.cancelled(); }
@@ -114,6 +131,7 @@ private:
     Controls& ui_;
     DeviceLink link_;
     WaitPump pump_;
+    WaitNotice notice_;
     QStringList ip_list;
     bool is_connected = false;
     bool search_done = false;

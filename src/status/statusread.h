@@ -28,5 +28,5 @@ public:
 
 private:
     Session& s_;
-    WaitStep step_;
+    WaitStep step_{"Status read"};
 };

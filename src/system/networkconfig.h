@@ -23,8 +23,8 @@ private:
     void writeDhcp();
 
     Session& s_;
-    WaitStep read_;  // "RIPM", "RLINK"
-    WaitStep write_; // the static address write
-    WaitStep mode_;  // the DHCP write and re-link
+    WaitStep read_{"Network read"};
+    WaitStep write_{"Set IP"};
+    WaitStep mode_{"Set DHCP / Re-Link"};
     quint8 ip_static = 0;
 };

@@ -22,5 +22,5 @@ public:
 private:
     Session& s_;
     StatusRead& status_;
-    WaitStep reset_;
+    WaitStep reset_{"Factory reset"};
 };

@@ -23,7 +23,7 @@ public:
 private:
     Session& s_;
     StatusRead& status_;
-    WaitStep read_;    // the eight value reads
-    WaitStep write_;   // the eight value writes
-    WaitStep default_; // "SWDE"
+    WaitStep read_{"Bezel read"};
+    WaitStep write_{"Bezel send"};
+    WaitStep default_{"Bezel reset"};
 };

@@ -21,5 +21,5 @@ public:
 private:
     Session& s_;
     StatusRead& status_;
-    WaitStep hotKey_;
+    WaitStep hotKey_{"Hot key"};
 };

@@ -21,5 +21,5 @@ public:
 private:
     Session& s_;
     std::function<void()> readBack_;
-    WaitStep recall_;
+    WaitStep recall_{"Recall"};
 };

@@ -22,5 +22,5 @@ private:
     void showTrim(int index, int position);
 
     Session& s_;
-    WaitStep read_; // the sixteen reads
+    WaitStep read_{"Trim read"};
 };

@@ -28,7 +28,7 @@ private:
     quint8 tileCount() const;
 
     Session& s_;
-    WaitStep send_; // "SMNC", then "SCO"
+    WaitStep send_{"Wall send"};
     // The operator's choice; 0 until chosen. Nothing resets them.
     quint8 wall_rows = 0;
     quint8 wall_cols = 0;

@@ -485,9 +485,9 @@ bool readArgs(Request& q, const Command& c, const QByteArrayList& words) {
 
 void addRead(Request& q, const Command& c) {
     const int output = c.args[0].kind == ArgKind::Output ? int(q.args[0]) : 0;
-    for (const Setting& s : table())
-        if (s.read == &c && s.output == output)
-            q.settings << &s;
+    for (const Setting* s : settingsOf(c))
+        if (s->output == output)
+            q.settings << s;
 }
 
 // The groups a reset takes; with an argument, the one it names.
@@ -495,13 +495,10 @@ void addReset(Request& q, const Command& c) {
     if (!q.applies)
         return;
     const bool picked = c.args[0].kind != ArgKind::None;
-    for (const Setting& s : table()) {
-        for (int g = 0; g < int(c.resets.size()); ++g) {
-            if (c.resets[g] != Group::None && s.group == c.resets[g] &&
-                (!picked || q.args[0] == g + 1)) {
-                q.settings << &s;
-                q.values << s.factory;
-            }
+    for (const Setting* s : settingsOf(c)) {
+        if (!picked || c.resets[q.args[0] - 1] == s->group) {
+            q.settings << s;
+            q.values << s->factory;
         }
     }
 }
@@ -524,6 +521,15 @@ const Setting* find(QAnyStringView name) {
         if (QAnyStringView::compare(name, s.name) == 0)
             return &s;
     return nullptr;
+}
+
+QList<const Setting*> settingsOf(const Command& c) {
+    QList<const Setting*> out;
+    for (const Setting& s : table())
+        if (s.read == &c || s.write == &c || s.writeMinus == &c ||
+            (c.effect == Effect::Reset && std::ranges::count(c.resets, s.group) > 0))
+            out << &s;
+    return out;
 }
 
 std::span<const Command> commands() {

@@ -147,7 +147,9 @@ std::span<const Setting> settings(); // catalogue order
 const Setting* find(QAnyStringView name);
 std::span<const Command> commands();
 const Command* findCommand(QByteArrayView keyword); // upper case
-const QList<Value>& factoryValues();                // by setting index
+// Every setting the command reads, writes or resets, for any output or argument.
+QList<const Setting*> settingsOf(const Command& c);
+const QList<Value>& factoryValues(); // by setting index
 
 // Values as the operator writes them: "5", "-12", "192.168.1.10".
 QString valueText(const Setting& s, Value v);
@@ -172,11 +174,11 @@ Result<QList<Write>> placementLines(int rows, int cols, int output, int position
 struct Request {
     QByteArray keyword;               // first word, upper-cased; empty for a blank line
     const Command* command = nullptr; // nullptr: unknown keyword or arguments refused
-    std::array<Value, 3> args{};
-    QList<const Setting*> settings; // what the command reads, writes or resets
-    QList<Value> values;            // Write, Reset: the new value of each setting, if it applies
-    bool applies = true;            // false: out of range, acknowledged but not applied
-    QString note;                   // why refused or not applied
+    std::array<Value, 3> args{};      // numbers as read; a written address is in `values`
+    QList<const Setting*> settings;   // what the command reads, writes or resets
+    QList<Value> values;              // Write, Reset: the new value of each setting, if it applies
+    bool applies = true;              // false: out of range, acknowledged but not applied
+    QString note;                     // why refused or not applied
 };
 Request parseCommand(QByteArrayView line);
 // With the values its settings hold after the command; empty when the controller is silent.

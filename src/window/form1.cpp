@@ -14,6 +14,9 @@
 #include "wall/favourites.h"
 #include "wall/positiontrim.h"
 #include "wall/wallgeometry.h"
+#include "monitor/connectionicons.h"
+#include "monitor/trafficmonitor.h"
+#include "monitor/waitstatus.h"
 #include "session/events.h"
 #include "status/statusread.h"
 #include "window/layout.h"
@@ -27,6 +30,8 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -65,9 +70,11 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent) {
     connect(ui.btn_sys_refresh, &QPushButton::clicked, this, &Form1::RefreshAll);
 
     buildStopWaiting();
+    buildMonitor();
     Form_Load();
     ShowPage(0);
-    const QSize whole = content->sizeHint() + QSize(0, statusBar()->sizeHint().height());
+    const QSize whole = content->sizeHint() + QSize(0, statusBar()->sizeHint().height() +
+                                                           menuBar()->sizeHint().height());
     resize(whole.boundedTo(screen()->availableGeometry().size()));
 }
 
@@ -83,6 +90,38 @@ void Form1::buildStopWaiting() {
     connect(&session_->pump(), &WaitPump::waitingChanged, stop, &QPushButton::setEnabled);
     auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(escape, &QShortcut::activated, this, &Form1::StopWaiting);
+}
+
+// Beside the documented window: the traffic monitor (View menu, Ctrl+M), each listed
+// controller's connection state, what a running wait waits for, and Help, About.
+void Form1::buildMonitor() {
+    Session& s = *session_;
+    monitor_ = new TrafficMonitor(s, this);
+    addDockWidget(Qt::RightDockWidgetArea, monitor_);
+    monitor_->hide();
+    icons_ = new ConnectionIcons(s);
+    icons_->setParent(this);
+    auto* waiting = new QLabel;
+    waiting->setObjectName(QStringLiteral("wait_status"));
+    statusBar()->addWidget(waiting, 1);
+    waitStatus_ = new WaitStatus(s, waiting);
+    waitStatus_->setParent(this);
+
+    QAction* show = monitor_->toggleViewAction();
+    show->setText(QStringLiteral("&Traffic monitor"));
+    show->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
+    menuBar()->addMenu(QStringLiteral("&View"))->addAction(show);
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    help->addAction(QStringLiteral("&About Panomat Set"), this, &Form1::showAbout);
+}
+
+void Form1::showAbout() {
+    QMessageBox::about(this, QStringLiteral("About Panomat Set"),
+                       QStringLiteral("<p><b>Panomat Set %1</b></p>"
+                                      "<p>Configures the video-wall controllers on the local "
+                                      "network.</p><p>Built with Qt %2, running on Qt %3.</p>")
+                           .arg(QStringLiteral(PANOMAT_VERSION), QStringLiteral(QT_VERSION_STR),
+                                QString::fromLatin1(qVersion())));
 }
 
 // Every running wait ends as on closing: the stopped handlers send and show nothing

@@ -21,6 +21,9 @@ class NetworkConfig;
 class PowerModel;
 class DeviceDiscovery;
 class StatusRefresh;
+class TrafficMonitor;
+class ConnectionIcons;
+class WaitStatus;
 
 // The main window: builds the controls, the session and the features, and wires the
 // reply handlers in their fixed order. Constructing it runs the start-up: lists filled,
@@ -36,6 +39,7 @@ public:
     Controls ui;
 
     Session& session() { return *session_; }
+    TrafficMonitor& monitor() { return *monitor_; }
 
     void ShowPage(int page);
     void RefreshAll();
@@ -51,6 +55,8 @@ protected:
 private:
     void Form_Load();
     void buildFeatures();
+    void buildMonitor();
+    void showAbout();
     void buildStopWaiting();
     void fillLists();
     void connectPageSelectors();
@@ -74,4 +80,8 @@ private:
     std::unique_ptr<PictureControls> pictureControls_;
     std::unique_ptr<PowerModel> power_;
     std::unique_ptr<DeviceDiscovery> discovery_;
+
+    TrafficMonitor* monitor_ = nullptr;
+    ConnectionIcons* icons_ = nullptr;
+    WaitStatus* waitStatus_ = nullptr;
 };

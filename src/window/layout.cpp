@@ -125,7 +125,10 @@ void buildConnectInterface(Controls& ui) {
         static const char* captions[] = {"MAC :", "Model No.", "Connecting..."};
         ui.lbl_con[i] = named(label(QLatin1String(captions[i])), indexed("lbl_con", i));
     }
-    ui.cbo_ipaddr = list(QStringLiteral("cbo_ipaddr"));
+    // The device list keeps Qt's own item model: its entries carry a connection icon
+    // and tooltip beside the MAC.
+    ui.cbo_ipaddr = named(new QComboBox, QStringLiteral("cbo_ipaddr"));
+    events::followListRules(ui.cbo_ipaddr);
     ui.cbo_model = list(QStringLiteral("cbo_model"));
     ui.btn_con = button(QStringLiteral("btn_con"), QStringLiteral("Connect"));
     ui.btn_discon = button(QStringLiteral("btn_discon"), QStringLiteral("Disconnect"));

@@ -1,0 +1,31 @@
+#include "monitor/waitstatus.h"
+
+#include "session/session.h"
+
+#include <QLabel>
+
+WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
+    tick_.setInterval(1000);
+    connect(&tick_, &QTimer::timeout, this, &WaitStatus::update);
+    connect(&session.notice(), &WaitNotice::waiting, this,
+            [this](const QString& procedure, const QString& reply, const QString& controller) {
+                waitingFor_ = QStringLiteral("%1: waiting for %2 from %3")
+                                  .arg(procedure, reply, controller);
+                since_.start();
+                tick_.start();
+                update();
+            });
+    connect(&session.notice(), &WaitNotice::ended, this, [this] {
+        tick_.stop();
+        waitingFor_.clear();
+        label_->clear();
+    });
+}
+
+void WaitStatus::update() {
+    const qint64 seconds = since_.elapsed() / 1000;
+    QString text = QStringLiteral("%1 for %2 s").arg(waitingFor_).arg(seconds);
+    if (seconds >= HintAfterS)
+        text += QStringLiteral(" - no reply yet; \"Stop waiting\" (Esc) gives up and goes offline");
+    label_->setText(text);
+}

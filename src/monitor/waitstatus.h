@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+class QLabel;
+class Session;
+
+// Names in the status bar what the running procedure waits for and for how long:
+// "Status read: waiting for BYPA from 127.0.0.2 for 12 s". A wait for a reply has no
+// time-out; after HintAfterS seconds the text points at the way out.
+class WaitStatus : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int HintAfterS = 5;
+
+    WaitStatus(Session& session, QLabel* label);
+
+private:
+    void update();
+
+    QLabel* label_;
+    QString waitingFor_;
+    QElapsedTimer since_;
+    QTimer tick_;
+};

@@ -6,6 +6,7 @@
 
 WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
     tick_.setInterval(1000);
+    tick_.setTimerType(Qt::PreciseTimer);
     connect(&tick_, &QTimer::timeout, this, &WaitStatus::update);
     connect(&session.notice(), &WaitNotice::waiting, this,
             [this](const QString& procedure, const QString& reply, const QString& controller) {
@@ -23,7 +24,7 @@ WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
 }
 
 void WaitStatus::update() {
-    const qint64 seconds = since_.elapsed() / 1000;
+    const qint64 seconds = (since_.elapsed() + 500) / 1000; // ticks come about a second apart
     QString text = QStringLiteral("%1 for %2 s").arg(waitingFor_).arg(seconds);
     if (seconds >= HintAfterS)
         text += QStringLiteral(" - no reply yet; \"Stop waiting\" (Esc) gives up and goes offline");

@@ -3,6 +3,7 @@
 
 #include "measure.h"
 #include "simprocess.h"
+#include "monitor/trafficmonitor.h"
 #include "window/form1.h"
 
 #include <QApplication>
@@ -22,9 +23,12 @@
 
 namespace {
 
-#ifdef BENCH_WINDOW_HIDDEN
+#if defined(BENCH_WINDOW_HIDDEN)
 constexpr bool Shown = false;
 constexpr const char* Name = "refresh_hidden";
+#elif defined(BENCH_MONITOR)
+constexpr bool Shown = true;
+constexpr const char* Name = "refresh_monitor";
 #else
 constexpr bool Shown = true;
 constexpr const char* Name = "refresh_shown";
@@ -50,7 +54,10 @@ const char* const Method =
     "before the next run starts. Prints median, min and max of each side and the ratio\n"
     "of the medians.\n"
     "\n"
-    "Usage: refresh_shown|refresh_hidden [--runs N]   (root: port 23)\n";
+    "refresh_monitor times the same window refresh with the traffic monitor shown\n"
+    "(figure) and hidden (floor), in turn in one process.\n"
+    "\n"
+    "Usage: refresh_shown|refresh_hidden|refresh_monitor [--runs N]   (root: port 23)\n";
 
 const char* const Address = "127.61.0.1";
 
@@ -167,6 +174,20 @@ int main(int argc, char* argv[]) {
 
     // Each run is followed by a pause, so that neither side starts on the other's heels.
     constexpr int Unrecorded = 3;
+#ifdef BENCH_MONITOR
+    auto withMonitor = [&](bool shown) {
+        form.monitor().setVisible(shown);
+        idle(100);
+        const double ms = windowRun();
+        idle(100);
+        return ms;
+    };
+    bench::alternate(runs, Unrecorded, [&] { return withMonitor(true); },
+                     [&] { return withMonitor(false); }, figure, floor);
+    bench::report(Name, "Connect to last reply handled, traffic monitor shown", figure,
+                  "the same, traffic monitor hidden", floor, "ms");
+    return 0;
+#endif
     bench::alternate(
         runs, Unrecorded,
         [&] {

@@ -99,6 +99,14 @@ void Form1::buildMonitor() {
     monitor_ = new TrafficMonitor(s, this);
     addDockWidget(Qt::RightDockWidgetArea, monitor_);
     monitor_->hide();
+    // Room for the text of the rows when first shown; the operator may drag it after.
+    connect(monitor_, &QDockWidget::visibilityChanged, this, [this](bool visible) {
+        static constexpr int Width = 760;
+        if (visible && monitor_->width() < Width && !monitorSized_) {
+            monitorSized_ = true;
+            resizeDocks({monitor_}, {Width}, Qt::Horizontal);
+        }
+    });
     icons_ = new ConnectionIcons(s);
     icons_->setParent(this);
     auto* waiting = new QLabel;

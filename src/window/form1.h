@@ -82,6 +82,7 @@ private:
     std::unique_ptr<DeviceDiscovery> discovery_;
 
     TrafficMonitor* monitor_ = nullptr;
+    bool monitorSized_ = false;
     ConnectionIcons* icons_ = nullptr;
     WaitStatus* waitStatus_ = nullptr;
 };

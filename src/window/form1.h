@@ -21,6 +21,8 @@ class NetworkConfig;
 class PowerModel;
 class DeviceDiscovery;
 class StatusRefresh;
+class WallPlanner;
+class SettingsBackup;
 
 // The main window: builds the controls, the session and the features, and wires the
 // reply handlers in their fixed order. Constructing it runs the start-up: lists filled,
@@ -36,6 +38,10 @@ public:
     Controls ui;
 
     Session& session() { return *session_; }
+
+    // The wall planner's window and the settings backup, which the menus open.
+    WallPlanner& planner() { return *planner_; }
+    SettingsBackup& backup() { return *backup_; }
 
     void ShowPage(int page);
     void RefreshAll();
@@ -55,6 +61,7 @@ private:
     void fillLists();
     void connectPageSelectors();
     void addReplyHandlers();
+    void buildMenus();
     bool waitForSelected();
 
     std::unique_ptr<Session> session_;
@@ -74,4 +81,6 @@ private:
     std::unique_ptr<PictureControls> pictureControls_;
     std::unique_ptr<PowerModel> power_;
     std::unique_ptr<DeviceDiscovery> discovery_;
+    std::unique_ptr<SettingsBackup> backup_;
+    WallPlanner* planner_ = nullptr; // a window of its own, owned as this one's child
 };

@@ -18,10 +18,11 @@
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
-constexpr int ChipWidth = 190;
+constexpr int ChipWidth = 220;
 constexpr int ChipHeight = 24;
 constexpr int ChipGap = 4;
 constexpr int Margin = 8;
@@ -56,12 +57,22 @@ void WallBoard::setContent(const wallplan::Plan& plan, const QList<OutputChip>& 
     update();
 }
 
+// The chips stand in columns as high as the board; the wall takes the rest.
+int WallBoard::chipsPerColumn() const {
+    return std::max(1, (height() - Margin * 2 + ChipGap) / (ChipHeight + ChipGap));
+}
+
 QRect WallBoard::chipRect(int chip) const {
-    return {Margin, Margin + chip * (ChipHeight + ChipGap), ChipWidth, ChipHeight};
+    const int column = chip / chipsPerColumn();
+    const int row = chip % chipsPerColumn();
+    return {Margin + column * (ChipWidth + Margin), Margin + row * (ChipHeight + ChipGap),
+            ChipWidth, ChipHeight};
 }
 
 QRect WallBoard::wallRect() const {
-    const QRect area(Margin * 3 + ChipWidth, Margin, width() - ChipWidth - Margin * 4,
+    const int columns = std::max<qsizetype>(1, (chips_.size() + chipsPerColumn() - 1) / chipsPerColumn());
+    const int chipsWidth = columns * (ChipWidth + Margin);
+    const QRect area(Margin * 3 + chipsWidth, Margin, width() - chipsWidth - Margin * 4,
                      height() - Margin * 2);
     // Tiles keep a screen's 16:9 shape.
     const double tileW = std::min(area.width() / double(plan_.cols),
@@ -127,15 +138,17 @@ void WallBoard::paintEvent(QPaintEvent*) {
     }
     for (int i = 0; i < chips_.size(); ++i) {
         const QRect r = chipRect(i);
-        const bool placed = std::any_of(plan_.assignments.cbegin(), plan_.assignments.cend(),
-                                        [&](const wallplan::Assignment& a) {
-                                            return a.address == chips_[i].address &&
-                                                   a.output == chips_[i].output;
-                                        });
+        int tile = 0;
+        for (const wallplan::Assignment& a : plan_.assignments)
+            if (a.address == chips_[i].address && a.output == chips_[i].output)
+                tile = a.tile;
         p.setPen(palette().text().color());
-        p.setBrush(placed ? palette().button() : palette().base());
+        p.setBrush(tile ? palette().button() : palette().base());
         p.drawRoundedRect(r, 6, 6);
         p.drawText(r.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignLeft, chips_[i].label());
+        if (tile)
+            p.drawText(r.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignRight,
+                       QStringLiteral("tile %1").arg(tile));
     }
     if (dragged_ >= 0) {
         QRect r = chipRect(dragged_);

@@ -24,7 +24,8 @@ struct OutputChip {
 
 // The wall drawn as rows x columns tiles beside the outputs as chips. A chip dragged
 // with the mouse onto a tile places that output there; dropped off the wall, it leaves
-// the wall. Tiles that no output shows and tiles two outputs show are written on.
+// the wall. Tiles that no output shows and tiles two outputs show are written on; a
+// placed chip carries its tile's number.
 class WallBoard : public QWidget {
     Q_OBJECT
 public:
@@ -37,7 +38,7 @@ public:
     QRect tileRect(int tile) const;
     int tileAt(QPoint point) const; // 0 off the wall
 
-    QSize sizeHint() const override { return {760, 460}; }
+    QSize sizeHint() const override { return {900, 480}; }
     QSize minimumSizeHint() const override { return {520, 320}; }
 
 signals:
@@ -51,6 +52,7 @@ protected:
 
 private:
     QRect wallRect() const;
+    int chipsPerColumn() const;
     QStringList labelsOn(int tile) const;
 
     wallplan::Plan plan_;

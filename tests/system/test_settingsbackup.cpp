@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialogButtonBox>
+#include <QFile>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QPushButton>
@@ -35,6 +36,13 @@ struct Bench {
     Form1 form;
 };
 
+QStringList linesOf(const sim::VirtualController* controller) {
+    QStringList lines;
+    for (const QByteArray& line : controller->received())
+        lines << QString::fromLatin1(line);
+    return lines;
+}
+
 RestorePreview* openPreview() {
     for (QWidget* w : QApplication::topLevelWidgets())
         if (auto* preview = qobject_cast<RestorePreview*>(w); preview && preview->isVisible())
@@ -48,7 +56,8 @@ class TestSettingsBackup : public QObject {
     Q_OBJECT
 private slots:
     void backupPreviewRestoreReadsBackEqual();
-    void fileNamingUnlistedControllerIsNamed();
+    void networkIsRestoredOnlyWhenTicked();
+    void badFilesAreRefusedWithTheirFault();
 };
 
 void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
@@ -111,7 +120,41 @@ void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
             QVERIFY2(line.startsWith('R'), line.constData()); // read, never written
 }
 
-void TestSettingsBackup::fileNamingUnlistedControllerIsNamed() {
+void TestSettingsBackup::networkIsRestoredOnlyWhenTicked() {
+    Bench bench(22);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("settings.json"));
+    QVERIFY(bench.form.backup().save(path, true));
+    sim::ControllerState changed = bench.c(2)->state();
+    const protocol::Value mode = changed.value("network.mode");
+    changed.set("network.mode", 1 - mode);
+    bench.c(2)->setState(changed);
+
+    QStringList before, after;
+    driver::when(&bench.form, [] { return openPreview() != nullptr; }, [&] {
+        RestorePreview* preview = openPreview();
+        before = preview->lines();
+        auto* network = preview->findChild<QCheckBox*>(QStringLiteral("restore_network"));
+        QTest::mouseClick(network, Qt::LeftButton, {}, QPoint(8, network->height() / 2));
+        after = preview->lines();
+        QTest::mouseClick(preview->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                          Qt::LeftButton);
+    });
+    bench.boxes.clear();
+    QVERIFY(bench.form.backup().restore(path));
+    QCOMPARE(before[1], QStringLiteral("127.68.22.2: nothing to change"));
+    QCOMPARE(after[1], QStringLiteral("127.68.22.2: network.mode: %1 -> %2").arg(1 - mode).arg(mode));
+    QCOMPARE(bench.c(2)->state().value("network.mode"), mode);
+    QVERIFY(linesOf(bench.c(2)).endsWith(QStringLiteral("SREL")));
+    // The controller restarts its network: the window goes offline, as after Set IP.
+    QVERIFY(!bench.form.session().isConnected());
+    QVERIFY2(bench.boxes.texts().last().contains(
+                 QStringLiteral("127.68.22.2: wrote 1 settings, read back equal; its network "
+                                "restarts with the new settings")),
+             qPrintable(bench.boxes.texts().last()));
+}
+
+void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
     Bench bench(21);
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("settings.json"));
@@ -129,6 +172,25 @@ void TestSettingsBackup::fileNamingUnlistedControllerIsNamed() {
     QCOMPARE(bench.boxes.texts(),
              QStringList{"The file names controllers that are not listed; they are left alone:\n"
                          "127.68.21.9 (" + bench.form.ui.cbo_ipaddr->itemText(0) + ")"});
+    for (sim::VirtualController* c : bench.controllers.controllers())
+        QVERIFY(c->received().isEmpty());
+
+    const std::pair<QByteArray, QString> broken[] = {
+        {"{\"format\": \"panomat-settings/1\",\n  \"controllers\": [,]}", "line 2"},
+        {"{\"format\": \"panomat-settings/2\", \"controllers\": []}", "\"panomat-settings/2\""},
+    };
+    for (const auto& [text, fault] : broken) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(text);
+        file.close();
+        bench.boxes.clear();
+        QVERIFY(!bench.form.backup().restore(path));
+        QCOMPARE(bench.boxes.texts().size(), 1);
+        QVERIFY2(bench.boxes.texts().first().startsWith(QStringLiteral("The settings file cannot be read:")) &&
+                     bench.boxes.texts().first().contains(fault),
+                 qPrintable(bench.boxes.texts().first()));
+    }
     for (sim::VirtualController* c : bench.controllers.controllers())
         QVERIFY(c->received().isEmpty());
 }

@@ -305,6 +305,15 @@ void TestPlanner::silentAndDroppingControllersAreNamedOthersAreDone() {
     // The silent one got no line after the first unanswered one.
     QCOMPARE(linesOf(bench.c(3)), (QStringList{"SMNC 4 4 1", "SCO 1 9"}));
     QVERIFY(bench.form.ui.sys_setting->isEnabled());
+
+    // A controller gone since: its socket is not connected, and it is named as not done.
+    bench.c(2)->stop();
+    QTRY_VERIFY(!bench.form.session().link().isConnected(1));
+    bench.boxes.clear();
+    Bench::press(planner, "planner_apply");
+    QVERIFY2(bench.boxes.texts().last().contains(QStringLiteral("\n127.68.5.2: not connected")),
+             qPrintable(bench.boxes.texts().last()));
+    QVERIFY(bench.boxes.texts().last().contains(QStringLiteral("127.68.5.1: placed 4 output(s)")));
 }
 
 int main(int argc, char* argv[]) {

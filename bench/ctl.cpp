@@ -9,7 +9,7 @@
 #include "measure.h"
 #include "simprocess.h"
 #include "ctl/fleet.h"
-#include "ctl/settingsio.h"
+#include "link/settingsio.h"
 
 #include <QCoreApplication>
 #include <QDir>

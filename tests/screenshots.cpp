@@ -4,6 +4,7 @@
 
 #include "simulator.h"
 #include "support/messageboxanswerer.h"
+#include "wall/wallplanner.h"
 #include "window/form1.h"
 
 #include <QApplication>
@@ -12,6 +13,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSpinBox>
 #include <QTest>
 #include <cstdio>
 
@@ -29,8 +31,10 @@ bool shoot(const QString& path) {
 int main(int argc, char* argv[]) {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(argc, argv);
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s PREFIX   (writes PREFIX.png, PREFIX-scrolled.png)\n",
+    if (argc != 2 && argc != 3) {
+        std::fprintf(stderr,
+                     "usage: %s PREFIX [PLANNER.png]   (writes PREFIX.png, PREFIX-scrolled.png "
+                     "and the wall planner with a 3 x 4 wall over three controllers)\n",
                      argv[0]);
         return 2;
     }
@@ -55,5 +59,18 @@ int main(int argc, char* argv[]) {
     // The far corner: the picture page's buttons, scrolled to where they can be reached.
     form.ui.opt_image->click();
     form.findChild<QScrollArea*>()->ensureWidgetVisible(form.ui.btn_img_rst[5]);
-    return shoot(prefix + QStringLiteral("-scrolled.png")) ? 0 : 1;
+    if (!shoot(prefix + QStringLiteral("-scrolled.png")))
+        return 1;
+    if (argc < 3)
+        return 0;
+    // Twelve tiles take the outputs of the first three controllers.
+    WallPlanner& planner = form.planner();
+    planner.present();
+    planner.setGeometry(260, 60, 1080, 640);
+    planner.findChild<QSpinBox*>(QStringLiteral("planner_rows"))->setValue(3);
+    planner.findChild<QSpinBox*>(QStringLiteral("planner_cols"))->setValue(4);
+    planner.autoFill();
+    if (!QTest::qWaitForWindowExposed(&planner))
+        return 1;
+    return shoot(QString::fromLocal8Bit(argv[2])) ? 0 : 1;
 }

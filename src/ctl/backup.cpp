@@ -1,6 +1,6 @@
 #include "ctl/cli.h"
 #include "ctl/commands.h"
-#include "ctl/settingsio.h"
+#include "link/settingsio.h"
 #include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
 
@@ -50,27 +50,6 @@ int runBackup(const QStringList& arguments) {
     return report(*targets, failures);
 }
 
-namespace {
-
-// What a restore writes to one controller: every setting of the file that it can write
-// and that differs from what the controller holds now.
-QList<Change> changesFor(const settingsfile::Controller& wanted, const Values& now,
-                         bool withNetwork) {
-    QList<Change> changes;
-    for (const Setting* s : readableSettings(withNetwork))
-        if (s->writable() && wanted.values.contains(s->name) &&
-            wanted.values.value(s->name) != now.value(s->name))
-            changes.append({s, wanted.values.value(s->name)});
-    return changes;
-}
-
-QString describe(const Change& change, const Values& now) {
-    const auto& [s, v] = change;
-    return QStringLiteral("%1: %2 -> %3")
-        .arg(s->name, protocol::valueText(*s, now.value(s->name)), protocol::valueText(*s, v));
-}
-
-} // namespace
 
 int runRestore(const QStringList& arguments) {
     Cli cli(QStringLiteral("restore"),
@@ -122,9 +101,9 @@ int runRestore(const QStringList& arguments) {
     QStringList failures = runAll(targets, timeoutMs, [&](ControllerClient& client, qsizetype i) {
         queueReads(client, readableSettings(withNetwork), &now[i]);
         client.then([&, i, &c = client] {
-            changes[i] = changesFor((*file)[i], now[i], false);
+            changes[i] = restoreChanges((*file)[i].values, now[i], false);
             if (withNetwork)
-                networkChanges[i] = changesFor((*file)[i], now[i], true);
+                networkChanges[i] = restoreChanges((*file)[i].values, now[i], true);
             networkChanges[i].removeIf([](const Change& ch) {
                 return ch.first->group != protocol::Group::Network;
             });
@@ -147,7 +126,7 @@ int runRestore(const QStringList& arguments) {
             out << targets[i].address << ": " << (all.isEmpty() ? "nothing to change" : "would change")
                 << '\n';
             for (const Change& change : all)
-                out << "  " << describe(change, now[i]) << '\n';
+                out << "  " << describeChange(change, now[i]) << '\n';
             continue;
         }
         const QStringList different = differences(changes[i], after[i]);

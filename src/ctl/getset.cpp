@@ -1,6 +1,6 @@
 #include "ctl/cli.h"
 #include "ctl/commands.h"
-#include "ctl/settingsio.h"
+#include "link/settingsio.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

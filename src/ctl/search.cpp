@@ -1,6 +1,6 @@
 #include "ctl/cli.h"
 #include "ctl/commands.h"
-#include "ctl/settingsio.h"
+#include "link/settingsio.h"
 #include "ctl/targets.h"
 #include "link/searchprogram.h"
 #include "protocol/settingsfile.h"

@@ -1,24 +1,26 @@
 #include "window/form1.h"
 
 #include "link/replydispatcher.h"
-#include "protocol/legacytext.h"
+#include "monitor/connectionicons.h"
+#include "monitor/trafficmonitor.h"
+#include "monitor/waitstatus.h"
 #include "output/iosetters.h"
 #include "output/iosetup.h"
 #include "picture/picturecontrols.h"
 #include "picture/pictureread.h"
+#include "protocol/legacytext.h"
+#include "session/events.h"
+#include "status/statusread.h"
 #include "system/discovery.h"
 #include "system/networkconfig.h"
 #include "system/powermodel.h"
+#include "system/settingsbackup.h"
 #include "wall/bezelcorrection.h"
 #include "wall/bypasshotkey.h"
 #include "wall/favourites.h"
 #include "wall/positiontrim.h"
 #include "wall/wallgeometry.h"
-#include "monitor/connectionicons.h"
-#include "monitor/trafficmonitor.h"
-#include "monitor/waitstatus.h"
-#include "session/events.h"
-#include "status/statusread.h"
+#include "wall/wallplanner.h"
 #include "window/layout.h"
 #include "window/paintpacer.h"
 #include "window/statusrefresh.h"
@@ -70,11 +72,12 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent) {
     connect(ui.btn_sys_refresh, &QPushButton::clicked, this, &Form1::RefreshAll);
 
     buildStopWaiting();
+    buildMenus();
     buildMonitor();
     Form_Load();
     ShowPage(0);
-    const QSize whole = content->sizeHint() + QSize(0, statusBar()->sizeHint().height() +
-                                                           menuBar()->sizeHint().height());
+    const QSize whole = content->sizeHint() +
+                        QSize(0, statusBar()->sizeHint().height() + menuBar()->sizeHint().height());
     resize(whole.boundedTo(screen()->availableGeometry().size()));
 }
 
@@ -163,6 +166,19 @@ void Form1::buildFeatures() {
     pictureControls_ = std::make_unique<PictureControls>(s, *pictureRead_);
     power_ = std::make_unique<PowerModel>(s, *statusRead_);
     discovery_ = std::make_unique<DeviceDiscovery>(s);
+}
+
+// Procedures over the window's own connections that work on many controllers at once.
+void Form1::buildMenus() {
+    backup_ = std::make_unique<SettingsBackup>(*session_, [this] { RefreshAll(); }, this);
+    planner_ = new WallPlanner(*session_, [this] { RefreshAll(); }, this);
+    QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
+    file->addAction(QStringLiteral("&Save controller settings..."), this,
+                    [this] { backup_->saveAsked(); });
+    file->addAction(QStringLiteral("&Restore controller settings..."), this,
+                    [this] { backup_->restoreAsked(); });
+    QMenu* wall = menuBar()->addMenu(QStringLiteral("&Wall"));
+    wall->addAction(QStringLiteral("Wall &planner..."), this, [this] { planner_->present(); });
 }
 
 // Every chunk meets the handlers in this order; each acts only on its own key and step.

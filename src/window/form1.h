@@ -24,6 +24,8 @@ class StatusRefresh;
 class TrafficMonitor;
 class ConnectionIcons;
 class WaitStatus;
+class WallPlanner;
+class SettingsBackup;
 
 // The main window: builds the controls, the session and the features, and wires the
 // reply handlers in their fixed order. Constructing it runs the start-up: lists filled,
@@ -40,6 +42,10 @@ public:
 
     Session& session() { return *session_; }
     TrafficMonitor& monitor() { return *monitor_; }
+
+    // The wall planner's window and the settings backup, which the menus open.
+    WallPlanner& planner() { return *planner_; }
+    SettingsBackup& backup() { return *backup_; }
 
     void ShowPage(int page);
     void RefreshAll();
@@ -61,6 +67,7 @@ private:
     void fillLists();
     void connectPageSelectors();
     void addReplyHandlers();
+    void buildMenus();
     bool waitForSelected();
 
     std::unique_ptr<Session> session_;
@@ -85,4 +92,6 @@ private:
     bool monitorSized_ = false;
     ConnectionIcons* icons_ = nullptr;
     WaitStatus* waitStatus_ = nullptr;
+    std::unique_ptr<SettingsBackup> backup_;
+    WallPlanner* planner_ = nullptr; // a window of its own, owned as this one's child
 };

@@ -1,4 +1,4 @@
-#include "ctl/settingsio.h"
+#include "link/settingsio.h"
 
 #include <algorithm>
 
@@ -106,4 +106,18 @@ QStringList differences(const QList<Change>& wanted, const Values& readBack) {
                              .arg(s->name, protocol::valueText(*s, v),
                                   protocol::valueText(*s, readBack.value(s->name)));
     return different;
+}
+
+QList<Change> restoreChanges(const Values& wanted, const Values& now, bool withNetwork) {
+    QList<Change> changes;
+    for (const Setting* s : readableSettings(withNetwork))
+        if (s->writable() && wanted.contains(s->name) && wanted.value(s->name) != now.value(s->name))
+            changes.append({s, wanted.value(s->name)});
+    return changes;
+}
+
+QString describeChange(const Change& change, const Values& now) {
+    const auto& [s, v] = change;
+    return QStringLiteral("%1: %2 -> %3")
+        .arg(s->name, protocol::valueText(*s, now.value(s->name)), protocol::valueText(*s, v));
 }

@@ -26,5 +26,11 @@ std::optional<QList<const protocol::Setting*>> settingsNamed(const QStringList& 
                                                             QString* error);
 QList<const protocol::Setting*> readableSettings(bool withNetwork);
 
+// What a restore writes to one controller: every setting of wanted that it can write and
+// that differs from what the controller holds now; network settings only when asked.
+QList<Change> restoreChanges(const Values& wanted, const Values& now, bool withNetwork);
+// "name: now -> wanted"
+QString describeChange(const Change& change, const Values& now);
+
 // "name: wrote X, reads back Y" for each setting whose read-back differs.
 QStringList differences(const QList<Change>& wanted, const Values& readBack);

@@ -1,0 +1,506 @@
+#include "wall/wallplanner.h"
+
+#include "link/lentrun.h"
+#include "protocol/catalogue.h"
+#include "protocol/jsonfile.h"
+#include "session/session.h"
+
+#include <QComboBox>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <QVBoxLayout>
+#include <algorithm>
+
+namespace {
+
+constexpr int ChipWidth = 220;
+constexpr int ChipHeight = 24;
+constexpr int ChipGap = 4;
+constexpr int Margin = 8;
+
+QString tileText(int tile) {
+    return QStringLiteral("Tile %1").arg(tile);
+}
+
+QString tileList(const QList<int>& tiles) {
+    QStringList texts;
+    for (const int t : tiles)
+        texts << QString::number(t);
+    return texts.join(QLatin1String(", "));
+}
+
+} // namespace
+
+QString OutputChip::label() const {
+    return QStringLiteral("%1 / Out %2").arg(mac, wallplan::outputName(output));
+}
+
+// --- The board ---------------------------------------------------------------------
+
+WallBoard::WallBoard(QWidget* parent) : QWidget(parent) {
+    setObjectName(QStringLiteral("wall_board"));
+    setMouseTracking(false);
+}
+
+void WallBoard::setContent(const wallplan::Plan& plan, const QList<OutputChip>& chips) {
+    plan_ = plan;
+    chips_ = chips;
+    update();
+}
+
+// The chips stand in columns as high as the board; the wall takes the rest.
+int WallBoard::chipsPerColumn() const {
+    return std::max(1, (height() - Margin * 2 + ChipGap) / (ChipHeight + ChipGap));
+}
+
+QRect WallBoard::chipRect(int chip) const {
+    const int column = chip / chipsPerColumn();
+    const int row = chip % chipsPerColumn();
+    return {Margin + column * (ChipWidth + Margin), Margin + row * (ChipHeight + ChipGap),
+            ChipWidth, ChipHeight};
+}
+
+QRect WallBoard::wallRect() const {
+    const int columns = std::max<qsizetype>(1, (chips_.size() + chipsPerColumn() - 1) / chipsPerColumn());
+    const int chipsWidth = columns * (ChipWidth + Margin);
+    const QRect area(Margin * 3 + chipsWidth, Margin, width() - chipsWidth - Margin * 4,
+                     height() - Margin * 2);
+    // Tiles keep a screen's 16:9 shape.
+    const double tileW = std::min(area.width() / double(plan_.cols),
+                                  area.height() / double(plan_.rows) * 16.0 / 9.0);
+    const double tileH = tileW * 9.0 / 16.0;
+    return {area.left(), area.top(), int(tileW * plan_.cols), int(tileH * plan_.rows)};
+}
+
+QRect WallBoard::tileRect(int tile) const {
+    const QRect wall = wallRect();
+    const int row = (tile - 1) / plan_.cols;
+    const int col = (tile - 1) % plan_.cols;
+    const int left = wall.left() + wall.width() * col / plan_.cols;
+    const int right = wall.left() + wall.width() * (col + 1) / plan_.cols;
+    const int top = wall.top() + wall.height() * row / plan_.rows;
+    const int bottom = wall.top() + wall.height() * (row + 1) / plan_.rows;
+    return QRect(QPoint(left, top), QPoint(right - 1, bottom - 1));
+}
+
+int WallBoard::tileAt(QPoint point) const {
+    for (int t = 1; t <= plan_.rows * plan_.cols; ++t)
+        if (tileRect(t).contains(point))
+            return t;
+    return 0;
+}
+
+QStringList WallBoard::labelsOn(int tile) const {
+    QStringList labels;
+    for (const wallplan::Assignment& a : plan_.assignments)
+        if (a.tile == tile)
+            labels << OutputChip{a.mac, a.address, a.output}.label();
+    return labels;
+}
+
+void WallBoard::paintEvent(QPaintEvent*) {
+    QPainter p(this);
+    p.fillRect(rect(), palette().window());
+    // The screens, with the bezel drawn as the gap between them.
+    p.fillRect(wallRect().adjusted(-3, -3, 3, 3), QColor(40, 40, 40));
+    for (int t = 1; t <= plan_.rows * plan_.cols; ++t) {
+        const QRect r = tileRect(t).adjusted(2, 2, -2, -2);
+        const QStringList labels = labelsOn(t);
+        QColor fill(70, 110, 160);
+        QString mark;
+        if (labels.isEmpty()) {
+            fill = QColor(120, 120, 120);
+            mark = QStringLiteral("NO OUTPUT");
+        } else if (labels.size() > 1) {
+            fill = QColor(190, 80, 60);
+            mark = QStringLiteral("DOUBLED");
+        }
+        p.fillRect(r, fill);
+        p.setPen(Qt::white);
+        QFont f = font();
+        f.setBold(true);
+        p.setFont(f);
+        p.drawText(r.adjusted(4, 2, -4, -2), Qt::AlignTop | Qt::AlignLeft, QString::number(t));
+        if (!mark.isEmpty())
+            p.drawText(r.adjusted(4, 2, -4, -2), Qt::AlignTop | Qt::AlignRight, mark);
+        p.setFont(font());
+        p.drawText(r.adjusted(4, 2, -4, -2), Qt::AlignCenter | Qt::TextWordWrap,
+                   labels.join(QLatin1Char('\n')));
+    }
+    for (int i = 0; i < chips_.size(); ++i) {
+        const QRect r = chipRect(i);
+        int tile = 0;
+        for (const wallplan::Assignment& a : plan_.assignments)
+            if (a.address == chips_[i].address && a.output == chips_[i].output)
+                tile = a.tile;
+        p.setPen(palette().text().color());
+        p.setBrush(tile ? palette().button() : palette().base());
+        p.drawRoundedRect(r, 6, 6);
+        p.drawText(r.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignLeft, chips_[i].label());
+        if (tile)
+            p.drawText(r.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignRight,
+                       QStringLiteral("tile %1").arg(tile));
+    }
+    if (dragged_ >= 0) {
+        QRect r = chipRect(dragged_);
+        r.moveCenter(dragAt_);
+        p.setOpacity(0.8);
+        p.setBrush(palette().highlight());
+        p.drawRoundedRect(r, 6, 6);
+        p.setPen(palette().highlightedText().color());
+        p.drawText(r.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignLeft,
+                   chips_[dragged_].label());
+    }
+}
+
+void WallBoard::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton)
+        return;
+    for (int i = 0; i < chips_.size(); ++i)
+        if (chipRect(i).contains(event->position().toPoint())) {
+            dragged_ = i;
+            dragAt_ = event->position().toPoint();
+            update();
+            return;
+        }
+}
+
+void WallBoard::mouseMoveEvent(QMouseEvent* event) {
+    if (dragged_ < 0)
+        return;
+    dragAt_ = event->position().toPoint();
+    update();
+}
+
+void WallBoard::mouseReleaseEvent(QMouseEvent* event) {
+    if (dragged_ < 0 || event->button() != Qt::LeftButton)
+        return;
+    const int chip = dragged_;
+    dragged_ = -1;
+    update();
+    // Released where it was picked up, the chip stays where it is.
+    if (chipRect(chip).contains(event->position().toPoint()))
+        return;
+    emit dropped(chip, tileAt(event->position().toPoint()));
+}
+
+// --- The planner ---------------------------------------------------------------------
+
+WallPlanner::WallPlanner(Session& session, std::function<void()> refresh, QWidget* parent)
+    : QWidget(parent, Qt::Window), s(session), refresh_(std::move(refresh)) {
+    setObjectName(QStringLiteral("wall_planner"));
+    setWindowTitle(QStringLiteral("Wall planner - %1").arg(Session::Title));
+    build();
+    setWallSize(2, 2);
+}
+
+void WallPlanner::build() {
+    auto* layout = new QVBoxLayout(this);
+
+    auto* size = new QHBoxLayout;
+    rows_ = new QSpinBox;
+    rows_->setObjectName(QStringLiteral("planner_rows"));
+    cols_ = new QSpinBox;
+    cols_->setObjectName(QStringLiteral("planner_cols"));
+    for (QSpinBox* box : {rows_, cols_}) {
+        box->setRange(1, wallplan::MaxSide);
+        box->setValue(2);
+    }
+    auto* rowsLabel = new QLabel(QStringLiteral("&Rows"));
+    rowsLabel->setBuddy(rows_);
+    auto* colsLabel = new QLabel(QStringLiteral("&Columns"));
+    colsLabel->setBuddy(cols_);
+    auto* fill = new QPushButton(QStringLiteral("Auto-&fill"));
+    fill->setObjectName(QStringLiteral("planner_autofill"));
+    fill->setToolTip(QStringLiteral("Outputs A-D of each listed controller in turn, tile by tile"));
+    size->addWidget(rowsLabel);
+    size->addWidget(rows_);
+    size->addWidget(colsLabel);
+    size->addWidget(cols_);
+    size->addWidget(fill);
+    size->addStretch();
+    layout->addLayout(size);
+
+    board_ = new WallBoard;
+    layout->addWidget(board_, 1);
+
+    // The keyboard's way: a tile and an output from lists.
+    auto* pick = new QHBoxLayout;
+    tileBox_ = new QComboBox;
+    tileBox_->setObjectName(QStringLiteral("planner_tile"));
+    outputBox_ = new QComboBox;
+    outputBox_->setObjectName(QStringLiteral("planner_output"));
+    auto* tileLabel = new QLabel(QStringLiteral("&Tile"));
+    tileLabel->setBuddy(tileBox_);
+    auto* outputLabel = new QLabel(QStringLiteral("&Output"));
+    outputLabel->setBuddy(outputBox_);
+    auto* placeButton = new QPushButton(QStringLiteral("&Place"));
+    placeButton->setObjectName(QStringLiteral("planner_place"));
+    auto* removeButton = new QPushButton(QStringLiteral("Re&move output"));
+    removeButton->setObjectName(QStringLiteral("planner_remove"));
+    pick->addWidget(tileLabel);
+    pick->addWidget(tileBox_);
+    pick->addWidget(outputLabel);
+    pick->addWidget(outputBox_, 1);
+    pick->addWidget(placeButton);
+    pick->addWidget(removeButton);
+    layout->addLayout(pick);
+
+    coverage_ = new QLabel;
+    coverage_->setObjectName(QStringLiteral("planner_coverage"));
+    coverage_->setWordWrap(true);
+    layout->addWidget(coverage_);
+
+    auto* actions = new QHBoxLayout;
+    auto* openButton = new QPushButton(QStringLiteral("Op&en..."));
+    openButton->setObjectName(QStringLiteral("planner_open"));
+    auto* saveButton = new QPushButton(QStringLiteral("&Save..."));
+    saveButton->setObjectName(QStringLiteral("planner_save"));
+    applyButton_ = new QPushButton(QStringLiteral("&Apply"));
+    applyButton_->setObjectName(QStringLiteral("planner_apply"));
+    applyButton_->setToolTip(QStringLiteral("Send each controller its wall size and tiles"));
+    progress_ = new QProgressBar;
+    progress_->setObjectName(QStringLiteral("planner_progress"));
+    progress_->setVisible(false);
+    actions->addWidget(openButton);
+    actions->addWidget(saveButton);
+    actions->addWidget(progress_, 1);
+    actions->addStretch();
+    actions->addWidget(applyButton_);
+    layout->addLayout(actions);
+
+    connect(rows_, &QSpinBox::valueChanged, this, [this](int r) { setWallSize(r, plan_.cols); });
+    connect(cols_, &QSpinBox::valueChanged, this, [this](int c) { setWallSize(plan_.rows, c); });
+    connect(fill, &QPushButton::clicked, this, &WallPlanner::autoFill);
+    connect(board_, &WallBoard::dropped, this, &WallPlanner::place);
+    connect(placeButton, &QPushButton::clicked, this,
+            [this] { place(outputBox_->currentIndex(), tileBox_->currentIndex() + 1); });
+    connect(removeButton, &QPushButton::clicked, this,
+            [this] { place(outputBox_->currentIndex(), 0); });
+    connect(openButton, &QPushButton::clicked, this, [this] {
+        const QString path = QFileDialog::getOpenFileName(
+            this, QStringLiteral("Open wall plan"), {}, QStringLiteral("Wall plans (*.json)"));
+        if (!path.isEmpty())
+            open(path);
+    });
+    connect(saveButton, &QPushButton::clicked, this, [this] {
+        const QString path = QFileDialog::getSaveFileName(
+            this, QStringLiteral("Save wall plan"), QStringLiteral("wall.json"),
+            QStringLiteral("Wall plans (*.json)"));
+        if (!path.isEmpty())
+            save(path);
+    });
+    connect(applyButton_, &QPushButton::clicked, this, &WallPlanner::apply);
+}
+
+void WallPlanner::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && !applying_)
+        close();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void WallPlanner::present() {
+    chips_.clear();
+    for (int i = 0; i < s.deviceCount(); ++i)
+        for (int output = 1; output <= 4; ++output)
+            chips_.append({s.ui().cbo_ipaddr->itemText(i), s.address(i), output});
+    {
+        const QSignalBlocker blocker(outputBox_);
+        outputBox_->clear();
+        for (const OutputChip& chip : chips_)
+            outputBox_->addItem(chip.label());
+    }
+    showPlan();
+    show();
+    raise();
+    activateWindow();
+}
+
+// A smaller wall drops the outputs placed on tiles it no longer has.
+void WallPlanner::setWallSize(int rows, int cols) {
+    plan_.rows = rows;
+    plan_.cols = cols;
+    plan_.assignments.removeIf(
+        [&](const wallplan::Assignment& a) { return a.tile > rows * cols; });
+    showPlan();
+}
+
+void WallPlanner::showPlan() {
+    {
+        const QSignalBlocker r(rows_), c(cols_);
+        rows_->setValue(plan_.rows);
+        cols_->setValue(plan_.cols);
+    }
+    const int keep = tileBox_->currentIndex();
+    {
+        const QSignalBlocker blocker(tileBox_);
+        tileBox_->clear();
+        for (int t = 1; t <= plan_.rows * plan_.cols; ++t)
+            tileBox_->addItem(tileText(t));
+        tileBox_->setCurrentIndex(qBound(0, keep, tileBox_->count() - 1));
+    }
+    board_->setContent(plan_, chips_);
+    const wallplan::Coverage c = wallplan::coverage(plan_);
+    QStringList notes;
+    if (!c.unassigned.isEmpty())
+        notes << QStringLiteral("No output shows tile %1.").arg(tileList(c.unassigned));
+    if (!c.doubled.isEmpty())
+        notes << QStringLiteral("More than one output shows tile %1.").arg(tileList(c.doubled));
+    coverage_->setText(notes.isEmpty() ? QStringLiteral("Every tile is shown by one output.")
+                                       : notes.join(QLatin1Char(' ')));
+}
+
+void WallPlanner::autoFill() {
+    QList<wallplan::Controller> controllers;
+    for (int i = 0; i < s.deviceCount(); ++i)
+        controllers.append({s.ui().cbo_ipaddr->itemText(i), s.address(i)});
+    plan_ = wallplan::autoFill(plan_.rows, plan_.cols, controllers);
+    showPlan();
+}
+
+// An output shows one tile: placing it again moves it.
+void WallPlanner::place(int chip, int tile) {
+    if (chip < 0 || chip >= chips_.size())
+        return;
+    const OutputChip& c = chips_[chip];
+    plan_.assignments.removeIf([&](const wallplan::Assignment& a) {
+        return a.address == c.address && a.output == c.output;
+    });
+    if (tile >= 1 && tile <= plan_.rows * plan_.cols)
+        plan_.assignments.append({c.mac, c.address, c.output, tile});
+    showPlan();
+}
+
+QStringList WallPlanner::unlisted(const wallplan::Plan& plan) const {
+    QStringList missing;
+    for (const wallplan::Assignment& a : plan.assignments) {
+        const QString who = QStringLiteral("%1 (%2)").arg(a.address, a.mac);
+        if (!s.addresses().contains(a.address) && !missing.contains(who))
+            missing << who;
+    }
+    return missing;
+}
+
+bool WallPlanner::open(const QString& path) {
+    QString error;
+    const auto object = jsonfile::read(path, wallplan::Format, &error);
+    const auto plan = object ? wallplan::fromJson(*object, &error) : std::nullopt;
+    if (!plan) {
+        s.exclamation(QStringLiteral("The wall plan cannot be opened:\n%1").arg(error));
+        return false;
+    }
+    const QStringList missing = unlisted(*plan);
+    if (!missing.isEmpty()) {
+        s.exclamation(QStringLiteral("The wall plan names controllers that are not listed:\n%1\n"
+                                     "Search for them first.")
+                          .arg(missing.join(QLatin1Char('\n'))));
+        return false;
+    }
+    plan_ = *plan;
+    showPlan();
+    return true;
+}
+
+bool WallPlanner::save(const QString& path) {
+    QString error;
+    if (!jsonfile::write(path, wallplan::toJson(plan_), &error)) {
+        s.exclamation(QStringLiteral("The wall plan was not saved:\n%1").arg(error));
+        return false;
+    }
+    return true;
+}
+
+void WallPlanner::apply() {
+    if (applying_)
+        return;
+    if (s.pump().waiting()) {
+        s.exclamation(QStringLiteral("The window waits for a controller's reply: apply the plan "
+                                     "once it has come."));
+        return;
+    }
+    if (!s.isConnected()) {
+        s.exclamation(QStringLiteral("Connect to the controllers before applying the plan."));
+        return;
+    }
+    if (plan_.assignments.isEmpty()) {
+        s.exclamation(QStringLiteral("The plan places no output: there is nothing to apply."));
+        return;
+    }
+    const QStringList missing = unlisted(plan_);
+    if (!missing.isEmpty()) {
+        s.exclamation(QStringLiteral("The plan names controllers that are not listed:\n%1\n"
+                                     "Nothing was sent.")
+                          .arg(missing.join(QLatin1Char('\n'))));
+        return;
+    }
+
+    // Each controller gets its outputs' lines in plan order.
+    QList<LentTarget> targets;
+    QList<QList<wallplan::Assignment>> outputs;
+    for (const wallplan::Assignment& a : plan_.assignments) {
+        qsizetype i = 0;
+        while (i < targets.size() && targets[i].address != a.address)
+            ++i;
+        if (i == targets.size()) {
+            targets.append({int(s.addresses().indexOf(a.address)), a.address});
+            outputs.append(QList<wallplan::Assignment>{});
+        }
+        outputs[i] << a;
+    }
+
+    applying_ = true;
+    applyButton_->setEnabled(false);
+    s.LockPanels();
+    progress_->setRange(0, int(targets.size()));
+    progress_->setValue(0);
+    progress_->setVisible(true);
+    const QStringList failures = runLent(
+        s.link(), targets, TimeoutMs,
+        [&](ControllerClient& client, qsizetype i) {
+            for (const wallplan::Assignment& a : outputs[i]) {
+                const auto lines = protocol::placementLines(plan_.rows, plan_.cols, a.output, a.tile);
+                if (!lines) {
+                    client.fail(lines.error);
+                    return;
+                }
+                for (const protocol::Write& w : *lines)
+                    client.exchange(w.line, w.ack);
+            }
+        },
+        [this](qsizetype done) { progress_->setValue(int(done)); });
+    progress_->setVisible(false);
+    s.UnlockPanels();
+    applyButton_->setEnabled(true);
+    applying_ = false;
+    if (s.cancelled())
+        return;
+    if (refresh_)
+        refresh_();
+
+    QStringList done, failed;
+    for (qsizetype i = 0; i < targets.size(); ++i)
+        if (failures[i].isEmpty())
+            done << QStringLiteral("%1: placed %2 output(s)").arg(targets[i].address).arg(outputs[i].size());
+        else
+            failed << failures[i];
+    QString summary = QStringLiteral("Applied the wall plan to %1 of %2 controllers.")
+                          .arg(done.size())
+                          .arg(targets.size());
+    if (!done.isEmpty())
+        summary += QStringLiteral("\n\n") + done.join(QLatin1Char('\n'));
+    if (!failed.isEmpty())
+        summary += QStringLiteral("\n\nNot done:\n") + failed.join(QLatin1Char('\n'));
+    if (failed.isEmpty())
+        s.information(summary);
+    else
+        s.exclamation(summary);
+}

@@ -1,0 +1,326 @@
+#include "simulator.h"
+#include "support/formdriver.h"
+#include "support/messageboxanswerer.h"
+#include "wall/wallplanner.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFile>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTemporaryDir>
+#include <QTest>
+
+using driver::find;
+
+// Each test function runs four virtual controllers on its own addresses in 127.68.0.0/16.
+namespace {
+
+QStringList linesOf(const sim::VirtualController* controller) {
+    QStringList lines;
+    for (const QByteArray& line : controller->received())
+        lines << QString::fromLatin1(line);
+    return lines;
+}
+
+// Four connected controllers, their connect traffic forgotten, and the planner opened
+// from the window's "Wall" menu with the keyboard.
+struct Bench {
+    explicit Bench(int subnet) {
+        const QString first = QStringLiteral("127.68.%1.1").arg(subnet);
+        if (!controllers.start(QHostAddress(first), 4))
+            qFatal("%s", qPrintable(controllers.errorString()));
+        QStringList addresses;
+        for (const sim::VirtualController* c : controllers.controllers())
+            addresses << c->address().toString();
+        form.show();
+        driver::connectTo(form, addresses);
+        boxes.clear();
+        for (sim::VirtualController* c : controllers.controllers())
+            c->clearReceived();
+    }
+
+    WallPlanner* openPlanner() {
+        form.activateWindow();
+        if (!QTest::qWaitForWindowActive(&form))
+            qFatal("the window did not become active");
+        QTest::keyClick(&form, Qt::Key_W, Qt::AltModifier);
+        if (!QTest::qWaitFor([] { return QApplication::activePopupWidget() != nullptr; }))
+            qFatal("the Wall menu did not open");
+        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_P);
+        auto* planner = form.findChild<WallPlanner*>();
+        if (!QTest::qWaitFor([planner] { return planner->isVisible(); }))
+            qFatal("the planner did not open");
+        return planner;
+    }
+
+    // Types a number over a spin box's text, as a person does.
+    static void typeInto(QSpinBox* box, int value) {
+        box->activateWindow();
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClicks(box, QString::number(value));
+        QTest::keyClick(box, Qt::Key_Tab);
+    }
+
+    static void press(WallPlanner* planner, const char* name) {
+        QPushButton* button = planner->findChild<QPushButton*>(QLatin1String(name));
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    sim::VirtualController* c(int number) { return controllers.controller(number); }
+
+    sim::Simulator controllers;
+    MessageBoxAnswerer boxes;
+    Form1 form;
+};
+
+} // namespace
+
+class TestPlanner : public QObject {
+    Q_OBJECT
+private slots:
+    void autoFillAppliesEveryControllersTiles();
+    void dragAndListsPlaceOutputsAndMarkTiles();
+    void planSurvivesSaveAndOpen();
+    void badPlansAndStatesAreRefused();
+    void silentAndDroppingControllersAreNamedOthersAreDone();
+};
+
+void TestPlanner::autoFillAppliesEveryControllersTiles() {
+    Bench bench(1);
+    WallPlanner* planner = bench.openPlanner();
+    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
+    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
+    Bench::press(planner, "planner_autofill");
+    QCOMPARE(planner->plan().rows, 4);
+    QCOMPARE(planner->plan().cols, 4);
+    QCOMPARE(planner->plan().assignments.size(), 16);
+    QCOMPARE(planner->findChild<QLabel*>(QStringLiteral("planner_coverage"))->text(),
+             QStringLiteral("Every tile is shown by one output."));
+
+    // While it runs, the window's own handlers see nothing of it.
+    const QString shown = bench.form.ui.TextInfo->text();
+    QString shownDuring;
+    bool lockedDuring = false;
+    driver::when(
+        &bench.form, [&] { return linesOf(bench.c(4)).size() >= 4; },
+        [&] {
+            shownDuring = bench.form.ui.TextInfo->text();
+            lockedDuring = !bench.form.ui.frame_control[0]->isEnabled() &&
+                           !bench.form.ui.sys_setting->isEnabled();
+        });
+    Bench::press(planner, "planner_apply");
+    QCOMPARE(shownDuring, shown);
+    QVERIFY(lockedDuring);
+    QVERIFY(bench.form.ui.sys_setting->isEnabled());
+
+    for (int n = 1; n <= 4; ++n) {
+        const sim::ControllerState& state = bench.c(n)->state();
+        QCOMPARE(state.value("wall.rows"), 4);
+        QCOMPARE(state.value("wall.cols"), 4);
+        const char* outputs[] = {"wall.position.a", "wall.position.b", "wall.position.c",
+                                 "wall.position.d"};
+        for (int o = 0; o < 4; ++o)
+            QCOMPARE(state.value(outputs[o]), 4 * (n - 1) + o + 1);
+    }
+    // The second controller got exactly its pairs, each after the one before was
+    // acknowledged; the first also the window's refresh afterwards.
+    QCOMPARE(linesOf(bench.c(2)), (QStringList{"SMNC 4 4 1", "SCO 1 5", "SMNC 4 4 2", "SCO 2 6",
+                                               "SMNC 4 4 3", "SCO 3 7", "SMNC 4 4 4", "SCO 4 8"}));
+    QCOMPARE(linesOf(bench.c(1)).mid(0, 2), (QStringList{"SMNC 4 4 1", "SCO 1 1"}));
+    QVERIFY(linesOf(bench.c(1)).contains(QStringLiteral("RPOW")));
+    const QStringList texts = bench.boxes.texts();
+    QCOMPARE(texts.size(), 2);
+    QCOMPARE(texts[0], QStringLiteral("Refresh completed !"));
+    QVERIFY2(texts[1].startsWith(QStringLiteral("Applied the wall plan to 4 of 4 controllers.")),
+             qPrintable(texts[1]));
+    QCOMPARE(bench.boxes.seen().last().icon, QMessageBox::Information);
+}
+
+void TestPlanner::dragAndListsPlaceOutputsAndMarkTiles() {
+    Bench bench(2);
+    WallPlanner* planner = bench.openPlanner();
+    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 3);
+    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
+    WallBoard* board = planner->board();
+    QCOMPARE(planner->chips().size(), 16);
+    QCOMPARE(planner->chips()[5].label(), bench.form.ui.cbo_ipaddr->itemText(1) + " / Out B");
+
+    // Controller 2's Out B dragged onto tile 7.
+    const QPoint from = board->chipRect(5).center();
+    const QPoint to = board->tileRect(7).center();
+    QTest::mousePress(board, Qt::LeftButton, {}, from);
+    QTest::mouseMove(board, (from + to) / 2);
+    QTest::mouseMove(board, to);
+    QTest::mouseRelease(board, Qt::LeftButton, {}, to);
+    QCOMPARE(planner->plan().assignments.size(), 1);
+    const wallplan::Assignment placed = planner->plan().assignments.first();
+    QCOMPARE(placed.address, bench.c(2)->address().toString());
+    QCOMPARE(placed.output, 2);
+    QCOMPARE(placed.tile, 7);
+    auto* coverage = planner->findChild<QLabel*>(QStringLiteral("planner_coverage"));
+    QCOMPARE(coverage->text(), QStringLiteral("No output shows tile 1, 2, 3, 4, 5, 6, 8, 9, 10, 11, 12."));
+
+    // With the keyboard: tile 7 again from the lists, for controller 3's Out D.
+    auto* tiles = planner->findChild<QComboBox*>(QStringLiteral("planner_tile"));
+    auto* outputs = planner->findChild<QComboBox*>(QStringLiteral("planner_output"));
+    planner->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(planner));
+    tiles->setFocus();
+    for (int i = 0; i < 6; ++i)
+        QTest::keyClick(tiles, Qt::Key_Down);
+    outputs->setFocus();
+    QTest::keyClick(outputs, Qt::Key_End);
+    QTest::keyClick(outputs, Qt::Key_Up);
+    QTest::keyClick(outputs, Qt::Key_Up);
+    QTest::keyClick(outputs, Qt::Key_Up);
+    QTest::keyClick(outputs, Qt::Key_Up);
+    QCOMPARE(outputs->currentText(), bench.form.ui.cbo_ipaddr->itemText(2) + " / Out D");
+    auto* placeButton = planner->findChild<QPushButton*>(QStringLiteral("planner_place"));
+    placeButton->setFocus();
+    QTest::keyClick(placeButton, Qt::Key_Space);
+    QCOMPARE(planner->plan().assignments.size(), 2);
+    QVERIFY2(coverage->text().endsWith(QStringLiteral("More than one output shows tile 7.")),
+             qPrintable(coverage->text()));
+
+    // Dragged off the wall, the output leaves it.
+    QTest::mousePress(board, Qt::LeftButton, {}, from);
+    QTest::mouseMove(board, QPoint(board->width() - 2, board->height() - 2));
+    QTest::mouseRelease(board, Qt::LeftButton, {}, QPoint(board->width() - 2, board->height() - 2));
+    QCOMPARE(planner->plan().assignments.size(), 1);
+    QCOMPARE(planner->plan().assignments.first().output, 4);
+}
+
+void TestPlanner::planSurvivesSaveAndOpen() {
+    Bench bench(3);
+    QTemporaryDir dir;
+    WallPlanner* planner = bench.openPlanner();
+    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 2);
+    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 5);
+    Bench::press(planner, "planner_autofill");
+    planner->place(0, 10); // controller 1's Out A onto the last tile instead
+    const wallplan::Plan saved = planner->plan();
+    QVERIFY(planner->save(dir.filePath("wall.json")));
+
+    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 1);
+    QVERIFY(planner->plan() != saved);
+    QVERIFY(planner->open(dir.filePath("wall.json")));
+    QCOMPARE(planner->plan(), saved);
+    QCOMPARE(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols"))->value(), 5);
+    QVERIFY(bench.boxes.texts().isEmpty());
+}
+
+void TestPlanner::badPlansAndStatesAreRefused() {
+    Bench bench(4);
+    QTemporaryDir dir;
+    WallPlanner* planner = bench.openPlanner();
+    Bench::press(planner, "planner_autofill");
+    const wallplan::Plan kept = planner->plan();
+    const auto write = [&](const char* name, const QByteArray& text) {
+        QFile file(dir.filePath(QLatin1String(name)));
+        file.open(QIODevice::WriteOnly);
+        file.write(text);
+        return file.fileName();
+    };
+    const QByteArray head = R"({"format": "panomat-wall-plan/1", )";
+    const QString files[] = {
+        write("broken.json", head + "\n  \"rows\": 2,,\n}"),
+        write("version.json", R"({"format": "panomat-wall-plan/9", "rows": 1, "cols": 1, "assignments": []})"),
+        write("large.json", head + R"("rows": 16, "cols": 15, "assignments": []})"),
+        write("stranger.json", head + R"("rows": 1, "cols": 2, "assignments": [)"
+                                      R"({"mac": "02-00-00-00-00-99", "address": "127.68.4.9", "output": "A", "tile": 1}]})"),
+    };
+    const QString expected[] = {QStringLiteral("line 2"), QStringLiteral("panomat-wall-plan/9"),
+                                QStringLiteral("1..15"), QStringLiteral("127.68.4.9 (02-00-00-00-00-99)")};
+    for (int i = 0; i < 4; ++i) {
+        bench.boxes.clear();
+        QVERIFY(!planner->open(files[i]));
+        QCOMPARE(bench.boxes.texts().size(), 1);
+        QVERIFY2(bench.boxes.texts().first().contains(expected[i]), qPrintable(bench.boxes.texts().first()));
+        QCOMPARE(planner->plan(), kept);
+    }
+
+    // While the refresh waits for a reply that does not come, Apply is refused.
+    sim::Faults silent;
+    silent.silent = {"RPOW"};
+    bench.c(1)->setFaults(silent);
+    for (sim::VirtualController* c : bench.controllers.controllers())
+        c->clearReceived();
+    bench.boxes.clear();
+    QStringList shownWhileWaiting;
+    driver::when(&bench.form, [&] { return bench.form.session().pump().waiting(); }, [&] {
+        Bench::press(planner, "planner_apply");
+        shownWhileWaiting = bench.boxes.texts();
+        bench.form.StopWaiting();
+    });
+    driver::click(bench.form.ui.btn_sys_refresh);
+    QTRY_VERIFY(!bench.form.session().cancelled()); // the stopped refresh has unwound
+    QCOMPARE(shownWhileWaiting, QStringList{"The window waits for a controller's reply: apply the "
+                                            "plan once it has come."});
+    QCOMPARE(linesOf(bench.c(1)), QStringList{"RPOW"});
+    for (int n = 2; n <= 4; ++n)
+        QVERIFY(linesOf(bench.c(n)).isEmpty());
+    bench.c(1)->setFaults({});
+
+    // Not connected: nothing is sent.
+    bench.boxes.clear();
+    driver::click(bench.form.ui.btn_discon);
+    bench.boxes.clear();
+    Bench::press(planner, "planner_apply");
+    QCOMPARE(bench.boxes.texts(),
+             QStringList{"Connect to the controllers before applying the plan."});
+    for (int n = 1; n <= 4; ++n)
+        QVERIFY(!linesOf(bench.c(n)).contains(QStringLiteral("SMNC 2 2 1")));
+}
+
+void TestPlanner::silentAndDroppingControllersAreNamedOthersAreDone() {
+    Bench bench(5);
+    sim::Faults silent;
+    silent.silent = {"SCO"};
+    bench.c(3)->setFaults(silent);
+    sim::Faults drops;
+    drops.dropAfter = 3;
+    bench.c(4)->setFaults(drops);
+    WallPlanner* planner = bench.openPlanner();
+    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
+    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
+    Bench::press(planner, "planner_autofill");
+    Bench::press(planner, "planner_apply");
+
+    const QString summary = bench.boxes.texts().last();
+    QVERIFY2(summary.startsWith(QStringLiteral("Applied the wall plan to 2 of 4 controllers.")),
+             qPrintable(summary));
+    QVERIFY2(summary.contains(QStringLiteral("Not done:\n127.68.5.3: no reply to SCO 1 9 within 2000 ms\n"
+                                             "127.68.5.4: closed the connection while waiting for "
+                                             "the reply to SCO 2 14")),
+             qPrintable(summary));
+    QCOMPARE(bench.boxes.seen().last().icon, QMessageBox::Warning);
+    for (int n : {1, 2})
+        QCOMPARE(bench.c(n)->state().value("wall.position.d"), 4 * (n - 1) + 4);
+    // The silent one got no line after the first unanswered one.
+    QCOMPARE(linesOf(bench.c(3)), (QStringList{"SMNC 4 4 1", "SCO 1 9"}));
+    QVERIFY(bench.form.ui.sys_setting->isEnabled());
+
+    // A controller gone since: its socket is not connected, and it is named as not done.
+    bench.c(2)->stop();
+    QTRY_VERIFY(!bench.form.session().link().isConnected(1));
+    bench.boxes.clear();
+    Bench::press(planner, "planner_apply");
+    QVERIFY2(bench.boxes.texts().last().contains(QStringLiteral("\n127.68.5.2: not connected")),
+             qPrintable(bench.boxes.texts().last()));
+    QVERIFY(bench.boxes.texts().last().contains(QStringLiteral("127.68.5.1: placed 4 output(s)")));
+}
+
+int main(int argc, char* argv[]) {
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication app(argc, argv);
+    TestPlanner test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_planner.moc"

@@ -38,12 +38,9 @@ private:
     int controller_ = -1;
 };
 
-TrafficMonitor::TrafficMonitor(Session& session, QWidget* parent)
-    : QDockWidget(QStringLiteral("Traffic monitor"), parent), s_(session) {
+TrafficMonitor::TrafficMonitor(Session& session, TrafficLog& log, QWidget* parent)
+    : QDockWidget(QStringLiteral("Traffic monitor"), parent), s_(session), log_(&log) {
     setObjectName(QStringLiteral("traffic_monitor"));
-    log_ = new TrafficLog(s_.link(), [this](int i) {
-        return QStringLiteral("%1  %2").arg(s_.ui().cbo_ipaddr->itemText(i), s_.address(i));
-    }, this);
     filter_ = new TrafficFilter(this);
     filter_->setSourceModel(log_);
     filter_->setFilterKeyColumn(TrafficLog::Text);

@@ -17,7 +17,8 @@ class TrafficLog;
 class TrafficMonitor : public QDockWidget {
     Q_OBJECT
 public:
-    TrafficMonitor(Session& session, QWidget* parent = nullptr);
+    // log records from the start; the dock is built only when first wanted.
+    TrafficMonitor(Session& session, TrafficLog& log, QWidget* parent = nullptr);
     ~TrafficMonitor() override;
 
     TrafficLog& log() { return *log_; }

@@ -1,6 +1,7 @@
 #include "window/form1.h"
 
 #include "link/replydispatcher.h"
+#include "link/trafficlog.h"
 #include "monitor/connectionicons.h"
 #include "monitor/trafficmonitor.h"
 #include "monitor/waitstatus.h"
@@ -99,7 +100,30 @@ void Form1::buildStopWaiting() {
 // controller's connection state, what a running wait waits for, and Help, About.
 void Form1::buildMonitor() {
     Session& s = *session_;
-    monitor_ = new TrafficMonitor(s, this);
+    traffic_ = new TrafficLog(s.link(), [&s](int i) {
+        return QStringLiteral("%1  %2").arg(s.ui().cbo_ipaddr->itemText(i), s.address(i));
+    }, this);
+    icons_ = new ConnectionIcons(s);
+    icons_->setParent(this);
+    auto* waiting = new QLabel;
+    waiting->setObjectName(QStringLiteral("wait_status"));
+    statusBar()->addWidget(waiting, 1);
+    waitStatus_ = new WaitStatus(s, waiting);
+    waitStatus_->setParent(this);
+
+    showMonitor_ = new QAction(QStringLiteral("&Traffic monitor"), this);
+    showMonitor_->setCheckable(true);
+    showMonitor_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
+    connect(showMonitor_, &QAction::toggled, this, [this](bool shown) { monitor().setVisible(shown); });
+    menuBar()->addMenu(QStringLiteral("&View"))->addAction(showMonitor_);
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    help->addAction(QStringLiteral("&About Panomat Set"), this, &Form1::showAbout);
+}
+
+TrafficMonitor& Form1::monitor() {
+    if (monitor_)
+        return *monitor_;
+    monitor_ = new TrafficMonitor(*session_, *traffic_, this);
     addDockWidget(Qt::RightDockWidgetArea, monitor_);
     monitor_->hide();
     // Room for the text of the rows when first shown; the operator may drag it after.
@@ -109,21 +133,15 @@ void Form1::buildMonitor() {
             monitorSized_ = true;
             resizeDocks({monitor_}, {Width}, Qt::Horizontal);
         }
+        showMonitor_->setChecked(visible);
     });
-    icons_ = new ConnectionIcons(s);
-    icons_->setParent(this);
-    auto* waiting = new QLabel;
-    waiting->setObjectName(QStringLiteral("wait_status"));
-    statusBar()->addWidget(waiting, 1);
-    waitStatus_ = new WaitStatus(s, waiting);
-    waitStatus_->setParent(this);
+    return *monitor_;
+}
 
-    QAction* show = monitor_->toggleViewAction();
-    show->setText(QStringLiteral("&Traffic monitor"));
-    show->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
-    menuBar()->addMenu(QStringLiteral("&View"))->addAction(show);
-    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
-    help->addAction(QStringLiteral("&About Panomat Set"), this, &Form1::showAbout);
+WallPlanner& Form1::planner() {
+    if (!planner_)
+        planner_ = new WallPlanner(*session_, [this] { RefreshAll(); }, this);
+    return *planner_;
 }
 
 void Form1::showAbout() {
@@ -171,14 +189,13 @@ void Form1::buildFeatures() {
 // Procedures over the window's own connections that work on many controllers at once.
 void Form1::buildMenus() {
     backup_ = std::make_unique<SettingsBackup>(*session_, [this] { RefreshAll(); }, this);
-    planner_ = new WallPlanner(*session_, [this] { RefreshAll(); }, this);
     QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
     file->addAction(QStringLiteral("&Save controller settings..."), this,
                     [this] { backup_->saveAsked(); });
     file->addAction(QStringLiteral("&Restore controller settings..."), this,
                     [this] { backup_->restoreAsked(); });
     QMenu* wall = menuBar()->addMenu(QStringLiteral("&Wall"));
-    wall->addAction(QStringLiteral("Wall &planner..."), this, [this] { planner_->present(); });
+    wall->addAction(QStringLiteral("Wall &planner..."), this, [this] { planner().present(); });
 }
 
 // Every chunk meets the handlers in this order; each acts only on its own key and step.

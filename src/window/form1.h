@@ -21,7 +21,9 @@ class NetworkConfig;
 class PowerModel;
 class DeviceDiscovery;
 class StatusRefresh;
+class TrafficLog;
 class TrafficMonitor;
+class QAction;
 class ConnectionIcons;
 class WaitStatus;
 class WallPlanner;
@@ -41,10 +43,11 @@ public:
     Controls ui;
 
     Session& session() { return *session_; }
-    TrafficMonitor& monitor() { return *monitor_; }
+    // Built when first shown or asked for.
+    TrafficMonitor& monitor();
 
     // The wall planner's window and the settings backup, which the menus open.
-    WallPlanner& planner() { return *planner_; }
+    WallPlanner& planner();
     SettingsBackup& backup() { return *backup_; }
 
     void ShowPage(int page);
@@ -88,6 +91,8 @@ private:
     std::unique_ptr<PowerModel> power_;
     std::unique_ptr<DeviceDiscovery> discovery_;
 
+    TrafficLog* traffic_ = nullptr;
+    QAction* showMonitor_ = nullptr;
     TrafficMonitor* monitor_ = nullptr;
     bool monitorSized_ = false;
     ConnectionIcons* icons_ = nullptr;

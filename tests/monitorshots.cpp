@@ -83,10 +83,12 @@ int main(int argc, char* argv[]) {
     sim::Faults silent;
     silent.silent = {"RBY"};
     wall.controller(4)->setFaults(silent);
-    ok = shootDuring(form.ui.btn_sys_refresh, 6500, [&] {
-             const bool saved = shoot(folder + QStringLiteral("wait-status.png"));
-             form.StopWaiting();
-             return saved;
-         }) && ok;
+    ok = shootDuring(form.ui.btn_sys_refresh, 6500,
+                     [&] {
+                         const bool saved = shoot(folder + QStringLiteral("wait-status.png"));
+                         form.StopWaiting();
+                         return saved;
+                     }) &&
+         ok;
     return ok ? 0 : 1;
 }

@@ -10,8 +10,8 @@ WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
     connect(&tick_, &QTimer::timeout, this, &WaitStatus::update);
     connect(&session.notice(), &WaitNotice::waiting, this,
             [this](const QString& procedure, const QString& reply, const QString& controller) {
-                waitingFor_ = QStringLiteral("%1: waiting for %2 from %3")
-                                  .arg(procedure, reply, controller);
+                waitingFor_ =
+                    QStringLiteral("%1: waiting for %2 from %3").arg(procedure, reply, controller);
                 since_.start();
                 tick_.start();
                 update();

@@ -10,8 +10,8 @@
 #include "support/messageboxanswerer.h"
 
 #include <QLabel>
-#include <QPushButton>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTableView>
 #include <QTemporaryDir>
 
@@ -69,7 +69,8 @@ void TestMonitor::recordsTheWireInOrder() {
     const QList<QByteArray> lines = wall_->controller(1)->received();
     QVERIFY(lines.size() > 20);
     QStringList sent, answers;
-    sim::ControllerState replay = sim::ControllerState::factory(1, QHostAddress(Addresses[0]).toIPv4Address());
+    sim::ControllerState replay =
+        sim::ControllerState::factory(1, QHostAddress(Addresses[0]).toIPv4Address());
     for (const QByteArray& line : lines) {
         sent << visibleText(line + "\r\n");
         const QByteArray reply = sim::handleCommand(replay, line).reply;
@@ -105,8 +106,9 @@ void TestMonitor::filtersBoundsAndSaves() {
     QFile saved(dir.filePath("t.csv"));
     QVERIFY(saved.open(QIODevice::ReadOnly));
     QCOMPARE(saved.readAll(), QByteArray("Time,Controller,Direction,Text,Reply after\n") +
-                                   rows->index(0, 0).data().toString().toLatin1() + "," +
-                                   rows->index(0, 1).data().toString().toLatin1() + ",sent,RBEZ\\r\\n,\n");
+                                  rows->index(0, 0).data().toString().toLatin1() + "," +
+                                  rows->index(0, 1).data().toString().toLatin1() +
+                                  ",sent,RBEZ\\r\\n,\n");
     QVERIFY(!monitor.saveTo(dir.filePath("no/such/folder/t.txt")));
     QVERIFY(boxes_->texts().last().startsWith("Cannot save the traffic to"));
 
@@ -150,17 +152,20 @@ void TestMonitor::statusBarNamesThePendingReply() {
     silent.silent = {"RBY"};
     wall_->controller(1)->setFaults(silent);
     QStringList seen;
-    driver::when(form_.get(), [&] { return label->text().contains("BYPA"); }, [&] {
-        seen << label->text();
-        QTimer::singleShot(5500, form_.get(), [&] {
+    driver::when(
+        form_.get(), [&] { return label->text().contains("BYPA"); },
+        [&] {
             seen << label->text();
-            form_->StopWaiting();
+            QTimer::singleShot(5500, form_.get(), [&] {
+                seen << label->text();
+                form_->StopWaiting();
+            });
         });
-    });
     driver::click(form_->ui.btn_sys_refresh);
     QCOMPARE(seen.size(), 2);
     QCOMPARE(seen[0], "Status read: waiting for BYPA from 127.69.0.1 for 0 s");
-    QVERIFY2(seen[1].startsWith("Status read: waiting for BYPA from 127.69.0.1 for 5 s - no reply yet;") &&
+    QVERIFY2(seen[1].startsWith(
+                 "Status read: waiting for BYPA from 127.69.0.1 for 5 s - no reply yet;") &&
                  seen[1].contains("Stop waiting"),
              qPrintable(seen[1]));
     QCOMPARE(label->text(), QString());

@@ -84,6 +84,8 @@ public:
     QString peer() const { return peer_; }
     int commands = 0;
 
+    void push(const QByteArray& bytes) { write(bytes); }
+
     void enqueue(const QByteArray& bytes, std::function<void()> after) {
         if (bytes.isEmpty() && !after)
             return;
@@ -314,6 +316,7 @@ void VirtualController::accept() {
         s->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         auto* c = new Connection(this, s);
         connections_.append(c);
+        ++accepted_;
         log(QStringLiteral("connected from %1").arg(c->peer()));
     }
 }
@@ -343,10 +346,11 @@ void VirtualController::process(Connection* c, const QByteArray& line) {
 
     const Response r = handleCommand(state_, line);
     const bool silent = faults_.silent.contains(r.keyword);
+    const QByteArray answer = silent || !replyHook_ ? r.reply : replyHook_(line, r.reply);
 
     QString text = printable(line);
-    const QString reply = printable(r.reply.chopped(r.reply.endsWith("\r\n") ? 2 : 0));
-    if (!r.reply.isEmpty())
+    const QString reply = printable(answer.chopped(answer.endsWith("\r\n") ? 2 : 0));
+    if (!answer.isEmpty())
         text += silent ? QStringLiteral("  ->  (silent, would be %1)").arg(reply)
                        : QStringLiteral("  ->  %1").arg(reply);
     if (!r.note.isEmpty())
@@ -361,7 +365,7 @@ void VirtualController::process(Connection* c, const QByteArray& line) {
             QTimer::singleShot(0, this, [this, factory] { restart(factory); });
         };
     }
-    c->enqueue(silent ? QByteArray() : r.reply, after);
+    c->enqueue(silent ? QByteArray() : answer, after);
 
     if (faults_.dropAfter > 0 && c->commands >= faults_.dropAfter) {
         log(QStringLiteral("dropping connection from %1 after %2 commands")
@@ -411,6 +415,11 @@ bool VirtualController::moveTo(const QHostAddress& address) {
     address_ = address;
     log(QStringLiteral("moved here from %1").arg(old));
     return true;
+}
+
+void VirtualController::push(const QByteArray& bytes) {
+    for (Connection* c : connections_)
+        c->push(bytes);
 }
 
 void VirtualController::log(const QString& text) {

@@ -8,6 +8,7 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <functional>
 
 class QTcpServer;
 
@@ -35,6 +36,7 @@ public:
     quint16 port() const { return port_; }
     QString name() const; // "#2 127.0.0.3" for the log
     int connectionCount() const { return int(connections_.size()); }
+    int acceptedCount() const { return accepted_; } // connections accepted so far
 
     const ControllerState& state() const { return state_; }
     void setState(const ControllerState& state) { state_ = state; }
@@ -49,6 +51,14 @@ public:
         received_.clear();
         receivedBytes_ = 0;
     }
+
+    // For tests: decides what goes back for a command line, given the reply the controller
+    // would send (with its line end; empty when it stays silent). The faults apply to what
+    // it returns, and a silent keyword stays silent.
+    using ReplyHook = std::function<QByteArray(const QByteArray& line, const QByteArray& reply)>;
+    void setReplyHook(ReplyHook hook) { replyHook_ = std::move(hook); }
+    // Sends bytes on every connection now, past the faults: an unasked or a late reply.
+    void push(const QByteArray& bytes);
 
 signals:
     void logLine(const QString& line);
@@ -76,6 +86,8 @@ private:
     QList<Connection*> connections_;
     QList<QByteArray> received_;
     qsizetype receivedBytes_ = 0;
+    int accepted_ = 0;
+    ReplyHook replyHook_;
 };
 
 // Text for a failed listen, with the hint that matters on Linux.

@@ -5,9 +5,7 @@
 #include "link/controllerclient.h"
 #include "link/trafficlog.h"
 #include "monitor/trafficmonitor.h"
-#include "simulator.h"
-#include "support/formdriver.h"
-#include "support/messageboxanswerer.h"
+#include "support/bench.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -41,32 +39,26 @@ private slots:
     void statusBarNamesThePendingReply();
 
 private:
-    std::unique_ptr<sim::Simulator> wall_;
-    std::unique_ptr<MessageBoxAnswerer> boxes_;
-    std::unique_ptr<Form1> form_;
+    std::unique_ptr<Bench> bench_;
 };
 
 void TestMonitor::init() {
-    wall_ = std::make_unique<sim::Simulator>();
-    QVERIFY(wall_->start(QHostAddress(Addresses.first()), 2));
-    boxes_ = std::make_unique<MessageBoxAnswerer>();
-    form_ = std::make_unique<Form1>();
-    form_->show();
-    driver::connectTo(*form_, Addresses);
-    form_->monitor().log().flush();
+    bench_ = std::make_unique<Bench>(Addresses.first(), 2);
+    bench_->form.show();
+    driver::listDevices(bench_->form, Addresses);
+    driver::click(bench_->ui.btn_con);
+    bench_->form.monitor().log().flush();
 }
 
 void TestMonitor::cleanup() {
-    form_.reset();
-    boxes_.reset();
-    wall_.reset();
+    bench_.reset();
 }
 
 // Sent rows are the lines the controller received; received rows are its answers to
 // them, as a controller in the same state gives them.
 void TestMonitor::recordsTheWireInOrder() {
-    TrafficLog& log = form_->monitor().log();
-    const QList<QByteArray> lines = wall_->controller(1)->received();
+    TrafficLog& log = bench_->form.monitor().log();
+    const QList<QByteArray> lines = bench_->sim.controller(1)->received();
     QVERIFY(lines.size() > 20);
     QStringList sent, answers;
     sim::ControllerState replay =
@@ -87,11 +79,11 @@ void TestMonitor::recordsTheWireInOrder() {
 }
 
 void TestMonitor::filtersBoundsAndSaves() {
-    TrafficMonitor& monitor = form_->monitor();
+    TrafficMonitor& monitor = bench_->form.monitor();
     auto* rows = monitor.findChild<QTableView*>("monitor_rows")->model();
-    Session& s = form_->session();
+    Session& s = bench_->form.session();
     s.link().write(1, "RVER\r\n"); // the other controller
-    QTRY_COMPARE(wall_->controller(2)->received().size(), 1);
+    QTRY_COMPARE(bench_->sim.controller(2)->received().size(), 1);
     QTRY_VERIFY(monitor.log().rowCount() > 0 && rows->rowCount() == monitor.log().rowCount());
     QComboBox* controller = monitor.findChild<QComboBox*>("monitor_controller");
     controller->setCurrentIndex(2);
@@ -110,7 +102,7 @@ void TestMonitor::filtersBoundsAndSaves() {
                                   rows->index(0, 1).data().toString().toLatin1() +
                                   ",sent,RBEZ\\r\\n,\n");
     QVERIFY(!monitor.saveTo(dir.filePath("no/such/folder/t.txt")));
-    QVERIFY(boxes_->texts().last().startsWith("Cannot save the traffic to"));
+    QVERIFY(bench_->boxes.texts().last().startsWith("Cannot save the traffic to"));
 
     // Lines the controller ignores: only the newest rows stay, the others are counted.
     monitor.findChild<QLineEdit*>("monitor_filter")->clear();
@@ -124,7 +116,7 @@ void TestMonitor::filtersBoundsAndSaves() {
 }
 
 void TestMonitor::iconsFollowTheConnection() {
-    QComboBox* devices = form_->ui.cbo_ipaddr;
+    QComboBox* devices = bench_->form.ui.cbo_ipaddr;
     auto tip = [devices](int i) { return devices->itemData(i, Qt::ToolTipRole).toString(); };
     auto icon = [devices](int i) { return devices->itemIcon(i).pixmap(16).toImage(); };
     QCOMPARE(tip(0), "127.69.0.1: connected");
@@ -132,36 +124,36 @@ void TestMonitor::iconsFollowTheConnection() {
     QCOMPARE(devices->itemText(0), "02-00-00-00-00-00"); // the MAC, as listed
     const QImage connected = icon(1);
 
-    wall_->controller(2)->stop();
+    bench_->sim.controller(2)->stop();
     QTRY_COMPARE(tip(1), "127.69.0.2: connection lost");
     QVERIFY(icon(1) != connected);
-    QVERIFY(wall_->controller(2)->listen(QHostAddress(Addresses[1])));
+    QVERIFY(bench_->sim.controller(2)->listen(QHostAddress(Addresses[1])));
     driver::key(devices, Qt::Key_Down); // selecting it reconnects it
     QTRY_COMPARE(tip(1), "127.69.0.2: connected");
     QCOMPARE(icon(1), connected);
 
-    driver::click(form_->ui.btn_discon);
+    driver::click(bench_->form.ui.btn_discon);
     QCOMPARE(tip(0), "127.69.0.1: not connected"); // closed by the tool: not lost
     QCOMPARE(tip(1), "127.69.0.2: not connected");
     QVERIFY(icon(0) != connected);
 }
 
 void TestMonitor::statusBarNamesThePendingReply() {
-    auto* label = form_->findChild<QLabel*>("wait_status");
+    auto* label = bench_->form.findChild<QLabel*>("wait_status");
     sim::Faults silent;
     silent.silent = {"RBY"};
-    wall_->controller(1)->setFaults(silent);
+    bench_->sim.controller(1)->setFaults(silent);
     QStringList seen;
     driver::when(
-        form_.get(), [&] { return label->text().contains("BYPA"); },
+        &bench_->form, [&] { return label->text().contains("BYPA"); },
         [&] {
             seen << label->text();
-            QTimer::singleShot(5500, form_.get(), [&] {
+            QTimer::singleShot(5500, &bench_->form, [&] {
                 seen << label->text();
-                form_->StopWaiting();
+                bench_->form.StopWaiting();
             });
         });
-    driver::click(form_->ui.btn_sys_refresh);
+    driver::click(bench_->form.ui.btn_sys_refresh);
     QCOMPARE(seen.size(), 2);
     QCOMPARE(seen[0], "Status read: waiting for BYPA from 127.69.0.1 for 0 s");
     QVERIFY2(seen[1].startsWith(

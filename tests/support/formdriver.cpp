@@ -26,11 +26,6 @@ void listDevices(Form1& form, const QStringList& addresses) {
     find<QGroupBox>(form, QStringLiteral("con_interface"))->setEnabled(true);
 }
 
-void connectTo(Form1& form, const QStringList& addresses) {
-    listDevices(form, addresses);
-    click(find<QPushButton>(form, QStringLiteral("btn_con")));
-}
-
 namespace {
 
 // A person's keys reach the focus widget of the active window.
@@ -48,9 +43,9 @@ QWidget* focusOn(QWidget* control) {
     return control;
 }
 
-// A key goes to the widget that has focus when it is pressed: once a handler has
-// disabled the list (offline), the rest of the keys go elsewhere. A closed message box
-// hands activation back to the window, as a window manager does before the next key.
+// A key goes to the widget that has focus when it is pressed: once a handler has disabled the list
+// (offline), the rest of the keys go elsewhere. A closed message box hands activation back to the
+// window, as a window manager does before the next key.
 void toFocus(QWidget* window, const std::function<void(QWidget*)>& press) {
     if (!QApplication::activeWindow()) {
         window->activateWindow();

@@ -3,6 +3,16 @@
 #include <QAbstractButton>
 #include <QApplication>
 
+namespace {
+
+// The answerer finds Qt's own boxes only. Set before any test's application exists.
+const bool qtDialogs = [] {
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    return true;
+}();
+
+} // namespace
+
 MessageBoxAnswerer::MessageBoxAnswerer(QObject* parent) : QObject(parent) {
     connect(&timer_, &QTimer::timeout, this, [this] { poll(); });
     timer_.start(5);

@@ -1,8 +1,6 @@
 #include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
-#include "simulator.h"
-#include "support/formdriver.h"
-#include "support/messageboxanswerer.h"
+#include "support/bench.h"
 #include "system/settingsbackup.h"
 
 #include <QApplication>
@@ -18,30 +16,13 @@
 // Four virtual controllers in 127.68.20.0/24 and up, one subnet per test function.
 namespace {
 
-struct Bench {
-    explicit Bench(int subnet) {
-        if (!controllers.start(QHostAddress(QStringLiteral("127.68.%1.1").arg(subnet)), 4))
-            qFatal("%s", qPrintable(controllers.errorString()));
-        for (const sim::VirtualController* c : controllers.controllers())
-            addresses << c->address().toString();
+struct Backup : Bench {
+    explicit Backup(int subnet) : Bench(QStringLiteral("127.68.%1.1").arg(subnet), 4) {
         form.show();
-        driver::connectTo(form, addresses);
-        boxes.clear();
+        connect();
     }
-    sim::VirtualController* c(int number) { return controllers.controller(number); }
-
-    sim::Simulator controllers;
-    QStringList addresses;
-    MessageBoxAnswerer boxes;
-    Form1 form;
+    sim::VirtualController* c(int number) { return &device(number - 1); }
 };
-
-QStringList linesOf(const sim::VirtualController* controller) {
-    QStringList lines;
-    for (const QByteArray& line : controller->received())
-        lines << QString::fromLatin1(line);
-    return lines;
-}
 
 RestorePreview* openPreview() {
     for (QWidget* w : QApplication::topLevelWidgets())
@@ -61,7 +42,7 @@ private slots:
 };
 
 void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
-    Bench bench(20);
+    Backup bench(20);
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("settings.json"));
     const QString shown = bench.form.ui.TextInfo->text();
@@ -76,7 +57,7 @@ void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
     QVERIFY2(file, qPrintable(error));
     QCOMPARE(file->size(), 4);
     for (int n = 1; n <= 4; ++n) {
-        QCOMPARE((*file)[n - 1].address, bench.addresses[n - 1]);
+        QCOMPARE((*file)[n - 1].address, bench.addresses()[n - 1]);
         QCOMPARE((*file)[n - 1].mac, bench.form.ui.cbo_ipaddr->itemText(n - 1));
         QCOMPARE((*file)[n - 1].values.value("brightness.c"), bench.c(n)->state().value("brightness.c"));
         QCOMPARE((*file)[n - 1].values.value("model"), bench.c(n)->state().value("model"));
@@ -88,7 +69,7 @@ void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
     changed.set("brightness.c", 80);
     changed.set("network.mode", 1 - before.value("network.mode"));
     bench.c(2)->setState(changed);
-    for (sim::VirtualController* c : bench.controllers.controllers())
+    for (sim::VirtualController* c : bench.sim.controllers())
         c->clearReceived();
 
     QStringList previewed;
@@ -121,7 +102,7 @@ void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
 }
 
 void TestSettingsBackup::networkIsRestoredOnlyWhenTicked() {
-    Bench bench(22);
+    Backup bench(22);
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("settings.json"));
     QVERIFY(bench.form.backup().save(path, true));
@@ -155,7 +136,7 @@ void TestSettingsBackup::networkIsRestoredOnlyWhenTicked() {
 }
 
 void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
-    Bench bench(21);
+    Backup bench(21);
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("settings.json"));
     QVERIFY(bench.form.backup().save(path, false)); // the selected controller only
@@ -164,7 +145,7 @@ void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
     QCOMPARE(file->size(), 1);
     (*file)[0].address = QStringLiteral("127.68.21.9");
     QVERIFY(jsonfile::write(path, settingsfile::toJson(*file), &error));
-    for (sim::VirtualController* c : bench.controllers.controllers())
+    for (sim::VirtualController* c : bench.sim.controllers())
         c->clearReceived();
 
     bench.boxes.clear();
@@ -172,7 +153,7 @@ void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
     QCOMPARE(bench.boxes.texts(),
              QStringList{"The file names controllers that are not listed; they are left alone:\n"
                          "127.68.21.9 (" + bench.form.ui.cbo_ipaddr->itemText(0) + ")"});
-    for (sim::VirtualController* c : bench.controllers.controllers())
+    for (sim::VirtualController* c : bench.sim.controllers())
         QVERIFY(c->received().isEmpty());
 
     const std::pair<QByteArray, QString> broken[] = {
@@ -191,7 +172,7 @@ void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
                      bench.boxes.texts().first().contains(fault),
                  qPrintable(bench.boxes.texts().first()));
     }
-    for (sim::VirtualController* c : bench.controllers.controllers())
+    for (sim::VirtualController* c : bench.sim.controllers())
         QVERIFY(c->received().isEmpty());
 }
 

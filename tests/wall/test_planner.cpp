@@ -1,6 +1,4 @@
-#include "simulator.h"
-#include "support/formdriver.h"
-#include "support/messageboxanswerer.h"
+#include "support/bench.h"
 #include "wall/wallplanner.h"
 
 #include <QApplication>
@@ -20,28 +18,12 @@ using driver::find;
 // Each test function runs four virtual controllers on its own addresses in 127.68.0.0/16.
 namespace {
 
-QStringList linesOf(const sim::VirtualController* controller) {
-    QStringList lines;
-    for (const QByteArray& line : controller->received())
-        lines << QString::fromLatin1(line);
-    return lines;
-}
-
 // Four connected controllers, their connect traffic forgotten, and the planner opened
 // from the window's "Wall" menu with the keyboard.
-struct Bench {
-    explicit Bench(int subnet) {
-        const QString first = QStringLiteral("127.68.%1.1").arg(subnet);
-        if (!controllers.start(QHostAddress(first), 4))
-            qFatal("%s", qPrintable(controllers.errorString()));
-        QStringList addresses;
-        for (const sim::VirtualController* c : controllers.controllers())
-            addresses << c->address().toString();
+struct Planner : Bench {
+    explicit Planner(int subnet) : Bench(QStringLiteral("127.68.%1.1").arg(subnet), 4) {
         form.show();
-        driver::connectTo(form, addresses);
-        boxes.clear();
-        for (sim::VirtualController* c : controllers.controllers())
-            c->clearReceived();
+        connect();
     }
 
     WallPlanner* openPlanner() {
@@ -72,11 +54,7 @@ struct Bench {
         QTest::mouseClick(button, Qt::LeftButton);
     }
 
-    sim::VirtualController* c(int number) { return controllers.controller(number); }
-
-    sim::Simulator controllers;
-    MessageBoxAnswerer boxes;
-    Form1 form;
+    sim::VirtualController* c(int number) { return &device(number - 1); }
 };
 
 } // namespace
@@ -92,11 +70,11 @@ private slots:
 };
 
 void TestPlanner::autoFillAppliesEveryControllersTiles() {
-    Bench bench(1);
+    Planner bench(1);
     WallPlanner* planner = bench.openPlanner();
-    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
-    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
-    Bench::press(planner, "planner_autofill");
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
+    Planner::press(planner, "planner_autofill");
     QCOMPARE(planner->plan().rows, 4);
     QCOMPARE(planner->plan().cols, 4);
     QCOMPARE(planner->plan().assignments.size(), 16);
@@ -114,7 +92,7 @@ void TestPlanner::autoFillAppliesEveryControllersTiles() {
             lockedDuring = !bench.form.ui.frame_control[0]->isEnabled() &&
                            !bench.form.ui.sys_setting->isEnabled();
         });
-    Bench::press(planner, "planner_apply");
+    Planner::press(planner, "planner_apply");
     QCOMPARE(shownDuring, shown);
     QVERIFY(lockedDuring);
     QVERIFY(bench.form.ui.sys_setting->isEnabled());
@@ -143,10 +121,10 @@ void TestPlanner::autoFillAppliesEveryControllersTiles() {
 }
 
 void TestPlanner::dragAndListsPlaceOutputsAndMarkTiles() {
-    Bench bench(2);
+    Planner bench(2);
     WallPlanner* planner = bench.openPlanner();
-    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 3);
-    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 3);
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
     WallBoard* board = planner->board();
     QCOMPARE(planner->chips().size(), 16);
     QCOMPARE(planner->chips()[5].label(), bench.form.ui.cbo_ipaddr->itemText(1) + " / Out B");
@@ -197,17 +175,17 @@ void TestPlanner::dragAndListsPlaceOutputsAndMarkTiles() {
 }
 
 void TestPlanner::planSurvivesSaveAndOpen() {
-    Bench bench(3);
+    Planner bench(3);
     QTemporaryDir dir;
     WallPlanner* planner = bench.openPlanner();
-    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 2);
-    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 5);
-    Bench::press(planner, "planner_autofill");
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 2);
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 5);
+    Planner::press(planner, "planner_autofill");
     planner->place(0, 10); // controller 1's Out A onto the last tile instead
     const wallplan::Plan saved = planner->plan();
     QVERIFY(planner->save(dir.filePath("wall.json")));
 
-    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 1);
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 1);
     QVERIFY(planner->plan() != saved);
     QVERIFY(planner->open(dir.filePath("wall.json")));
     QCOMPARE(planner->plan(), saved);
@@ -216,10 +194,10 @@ void TestPlanner::planSurvivesSaveAndOpen() {
 }
 
 void TestPlanner::badPlansAndStatesAreRefused() {
-    Bench bench(4);
+    Planner bench(4);
     QTemporaryDir dir;
     WallPlanner* planner = bench.openPlanner();
-    Bench::press(planner, "planner_autofill");
+    Planner::press(planner, "planner_autofill");
     const wallplan::Plan kept = planner->plan();
     const auto write = [&](const char* name, const QByteArray& text) {
         QFile file(dir.filePath(QLatin1String(name)));
@@ -249,12 +227,12 @@ void TestPlanner::badPlansAndStatesAreRefused() {
     sim::Faults silent;
     silent.silent = {"RPOW"};
     bench.c(1)->setFaults(silent);
-    for (sim::VirtualController* c : bench.controllers.controllers())
+    for (sim::VirtualController* c : bench.sim.controllers())
         c->clearReceived();
     bench.boxes.clear();
     QStringList shownWhileWaiting;
     driver::when(&bench.form, [&] { return bench.form.session().pump().waiting(); }, [&] {
-        Bench::press(planner, "planner_apply");
+        Planner::press(planner, "planner_apply");
         shownWhileWaiting = bench.boxes.texts();
         bench.form.StopWaiting();
     });
@@ -271,7 +249,7 @@ void TestPlanner::badPlansAndStatesAreRefused() {
     bench.boxes.clear();
     driver::click(bench.form.ui.btn_discon);
     bench.boxes.clear();
-    Bench::press(planner, "planner_apply");
+    Planner::press(planner, "planner_apply");
     QCOMPARE(bench.boxes.texts(),
              QStringList{"Connect to the controllers before applying the plan."});
     for (int n = 1; n <= 4; ++n)
@@ -279,7 +257,7 @@ void TestPlanner::badPlansAndStatesAreRefused() {
 }
 
 void TestPlanner::silentAndDroppingControllersAreNamedOthersAreDone() {
-    Bench bench(5);
+    Planner bench(5);
     sim::Faults silent;
     silent.silent = {"SCO"};
     bench.c(3)->setFaults(silent);
@@ -287,10 +265,10 @@ void TestPlanner::silentAndDroppingControllersAreNamedOthersAreDone() {
     drops.dropAfter = 3;
     bench.c(4)->setFaults(drops);
     WallPlanner* planner = bench.openPlanner();
-    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
-    Bench::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
-    Bench::press(planner, "planner_autofill");
-    Bench::press(planner, "planner_apply");
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
+    Planner::press(planner, "planner_autofill");
+    Planner::press(planner, "planner_apply");
 
     const QString summary = bench.boxes.texts().last();
     QVERIFY2(summary.startsWith(QStringLiteral("Applied the wall plan to 2 of 4 controllers.")),
@@ -310,7 +288,7 @@ void TestPlanner::silentAndDroppingControllersAreNamedOthersAreDone() {
     bench.c(2)->stop();
     QTRY_VERIFY(!bench.form.session().link().isConnected(1));
     bench.boxes.clear();
-    Bench::press(planner, "planner_apply");
+    Planner::press(planner, "planner_apply");
     QVERIFY2(bench.boxes.texts().last().contains(QStringLiteral("\n127.68.5.2: not connected")),
              qPrintable(bench.boxes.texts().last()));
     QVERIFY(bench.boxes.texts().last().contains(QStringLiteral("127.68.5.1: placed 4 output(s)")));

@@ -2,19 +2,12 @@
 // with the window searched, connected and read back from virtual controllers.
 // scripts/screenshots runs it on a virtual screen the size of a small laptop's.
 
-#include "simulator.h"
-#include "support/messageboxanswerer.h"
+#include "support/bench.h"
 #include "wall/wallplanner.h"
-#include "window/form1.h"
 
-#include <QApplication>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QScreen>
 #include <QScrollArea>
-#include <QScrollBar>
 #include <QSpinBox>
-#include <QTest>
 #include <cstdio>
 
 namespace {
@@ -29,7 +22,6 @@ bool shoot(const QString& path) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(argc, argv);
     if (argc != 2 && argc != 3) {
         std::fprintf(stderr,
@@ -39,14 +31,9 @@ int main(int argc, char* argv[]) {
         return 2;
     }
     const QString prefix = QString::fromLocal8Bit(argv[1]);
-    sim::Simulator wall;
-    if (!wall.start(QHostAddress(QStringLiteral("127.24.0.1")), 4)) {
-        std::fprintf(stderr, "%s\n", qPrintable(wall.errorString()));
-        return 1;
-    }
+    Bench bench("127.24.0.1", 4);
     qputenv("ZEDA_HOSTS", "127.24.0.1-127.24.0.4");
-    MessageBoxAnswerer boxes;
-    Form1 form;
+    Form1& form = bench.form;
     form.move(0, 0);
     form.show();
     if (!QTest::qWaitForWindowExposed(&form))

@@ -4,15 +4,9 @@
 
 #include "link/trafficlog.h"
 #include "monitor/trafficmonitor.h"
-#include "simulator.h"
-#include "support/messageboxanswerer.h"
-#include "window/form1.h"
+#include "support/bench.h"
 
-#include <QApplication>
-#include <QComboBox>
-#include <QPushButton>
 #include <QScreen>
-#include <QTest>
 #include <QTimer>
 #include <cstdio>
 
@@ -37,21 +31,15 @@ bool shootDuring(QPushButton* button, int afterMs, const std::function<bool()>& 
 } // namespace
 
 int main(int argc, char* argv[]) {
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(argc, argv);
     if (argc != 2) {
         std::fprintf(stderr, "usage: %s FOLDER\n", argv[0]);
         return 2;
     }
     const QString folder = QString::fromLocal8Bit(argv[1]) + u'/';
-    sim::Simulator wall;
-    if (!wall.start(QHostAddress(QStringLiteral("127.24.0.1")), 4)) {
-        std::fprintf(stderr, "%s\n", qPrintable(wall.errorString()));
-        return 1;
-    }
+    Bench bench("127.24.0.1", 4);
     qputenv("ZEDA_HOSTS", "127.24.0.1-127.24.0.4");
-    MessageBoxAnswerer boxes;
-    Form1 form;
+    Form1& form = bench.form;
     form.move(0, 0);
     form.resize(1360, 700);
     form.show();
@@ -65,7 +53,7 @@ int main(int argc, char* argv[]) {
         QTest::keyClick(form.ui.cbo_ipaddr, Qt::Key_Down);
     sim::Faults slow;
     slow.latencyMs = 60;
-    wall.controller(4)->setFaults(slow);
+    bench.sim.controller(4)->setFaults(slow);
     form.ui.cbo_ipaddr->setFocus();
     bool ok = false;
     QTimer::singleShot(900, [&] { ok = shoot(folder + QStringLiteral("monitor-refresh.png")); });
@@ -73,7 +61,7 @@ int main(int argc, char* argv[]) {
     QTest::qWait(1000);
 
     // Controller 2 stops: its entry says so.
-    wall.controller(2)->stop();
+    bench.sim.controller(2)->stop();
     QTest::qWait(300);
     form.ui.cbo_ipaddr->showPopup();
     ok = shoot(folder + QStringLiteral("device-states.png")) && ok;
@@ -82,7 +70,7 @@ int main(int argc, char* argv[]) {
     // A controller that never answers RBY: the status bar names the wait.
     sim::Faults silent;
     silent.silent = {"RBY"};
-    wall.controller(4)->setFaults(silent);
+    bench.sim.controller(4)->setFaults(silent);
     ok = shootDuring(form.ui.btn_sys_refresh, 6500,
                      [&] {
                          const bool saved = shoot(folder + QStringLiteral("wait-status.png"));

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "simulator.h"
+#include "support/formdriver.h"
+#include "support/messageboxanswerer.h"
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QHash>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollBar>
+
+// A virtual controller's settings by name: "model", "firmware", "bypass", "bezel.h.a",
+// "brightness.d", "trim.h_end.b", "network.mode"; outputs 1..4 are a..d. The one place that knows
+// how the controller keeps them.
+qint64 setting(const sim::VirtualController& device, const QByteArray& name);
+void setSetting(sim::VirtualController& device, const QByteArray& name, qint64 value);
+// Every line the controller has received, oldest first.
+QStringList linesOf(const sim::VirtualController* device);
+
+// The window and virtual controllers on consecutive loopback addresses from `first`, port 23; every
+// message box is answered (Yes, else its first button) and recorded.
+class Bench {
+public:
+    Bench(const QString& first, int devices);
+
+    sim::VirtualController& device(int i = 0) { return *sim.controller(i + 1); }
+    QStringList addresses() const;
+    // Lists the controllers as a search does, `selected` chosen, and presses Connect; returns once
+    // the refresh that follows is done, its lines and messages forgotten.
+    void connect(int selected = 0);
+    // The lines controller i has received since the last call; every line the window wrote to it
+    // before the call is among them.
+    QStringList lines(int i = 0);
+    // Controller i answers lines starting with `start` with these bytes instead (CR LF not added;
+    // empty: no answer at all).
+    void answer(int i, const QByteArray& start, const QByteArray& bytes);
+    // Runs action inside whatever wait is running, once controller i has received line.
+    void onLine(int i, const QByteArray& line, std::function<void()> action);
+    // Pushes the chunks from controller i one at a time, each once the window has taken the one
+    // before (loopback would join them), calling before() ahead of each.
+    void feed(int i, QList<QByteArray> chunks, std::function<void()> before = {});
+    // The frames the panel lock disables, all disabled.
+    bool locked() const;
+
+    sim::Simulator sim;
+    MessageBoxAnswerer boxes;
+    Form1 form;
+    Controls& ui = form.ui;
+
+private:
+    QList<QHash<QByteArray, QByteArray>> answers_;
+    QList<int> arrivals_; // chunks the window has received from each controller
+};

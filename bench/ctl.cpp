@@ -6,10 +6,10 @@
 //   ctl_backup   "panomat-ctl backup" of 64 controllers that answer 20 ms late, as a whole
 //                process, against the same backup of one of them.
 
-#include "measure.h"
-#include "simprocess.h"
 #include "ctl/fleet.h"
 #include "link/settingsio.h"
+#include "measure.h"
+#include "simprocess.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -37,6 +37,7 @@ constexpr int Devices = 1;
 #endif
 const QString First = QStringLiteral("127.66.0.2");
 
+#ifndef BENCH_CTL_BACKUP
 double bareRoundTrip() {
     const double start = bench::nowMs();
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
@@ -65,14 +66,14 @@ double clientRead() {
     const double start = bench::nowMs();
     Values values;
     const protocol::Setting* s = protocol::find(QStringLiteral("brightness.a"));
-    const QStringList failures = runAll({{First, {}}}, 2000, [&](ControllerClient& c, qsizetype) {
-        queueReads(c, {s}, &values);
-    });
+    const QStringList failures = runAll(
+        {{First, {}}}, 2000, [&](ControllerClient& c, qsizetype) { queueReads(c, {s}, &values); });
     if (!failures.first().isEmpty() || !values.contains(s->name))
         std::exit(1);
     return bench::nowMs() - start;
 }
 
+#else
 double backup(int count) {
     QStringList hosts;
     for (int i = 0; i < count; ++i)
@@ -88,6 +89,7 @@ double backup(int count) {
         std::exit(1);
     return bench::nowMs() - start;
 }
+#endif
 
 } // namespace
 
@@ -97,8 +99,8 @@ int main(int argc, char* argv[]) {
 #ifdef BENCH_CTL_BACKUP
     bench::SimProcess sim(First, Devices, {QStringLiteral("--latency"), QStringLiteral("20")});
     bench::Samples figure, floor;
-    bench::alternate(runs, 1, [] { return backup(Devices); }, [] { return backup(1); }, figure,
-                     floor);
+    bench::alternate(
+        runs, 1, [] { return backup(Devices); }, [] { return backup(1); }, figure, floor);
     bench::report("ctl_backup", "panomat-ctl backup, 64 controllers", figure,
                   "panomat-ctl backup, 1 controller", floor, "ms");
 #else

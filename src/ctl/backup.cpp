@@ -13,7 +13,7 @@ int runBackup(const QStringList& arguments) {
     Cli cli(QStringLiteral("backup"),
             QStringLiteral("Reads every readable setting of each target, in parallel, into a "
                            "settings file."),
-            Cli::Targets);
+            Cli::Targets | Cli::Timeout);
     const QCommandLineOption output(QStringList{QStringLiteral("o"), QStringLiteral("output")},
                                     QStringLiteral("The settings file to write."),
                                     QStringLiteral("FILE.json"));
@@ -39,23 +39,24 @@ int runBackup(const QStringList& arguments) {
     for (qsizetype i = 0; i < targets->size(); ++i)
         if (failures[i].isEmpty()) {
             read[i].time = QDateTime::currentDateTimeUtc();
-            read[i].firmware = settingsfile::firmwareText(read[i].values.value(QStringLiteral("firmware")));
+            read[i].firmware =
+                settingsfile::firmwareText(read[i].values.value(QStringLiteral("firmware")));
             done << read[i];
         }
     QString error;
-    if (!done.isEmpty() && !jsonfile::write(cli.parser.value(output), settingsfile::toJson(done), &error)) {
+    if (!done.isEmpty() &&
+        !jsonfile::write(cli.parser.value(output), settingsfile::toJson(done), &error)) {
         QTextStream(stderr) << "panomat-ctl backup: " << error << '\n';
         return SomeFailed;
     }
     return report(*targets, failures);
 }
 
-
 int runRestore(const QStringList& arguments) {
     Cli cli(QStringLiteral("restore"),
             QStringLiteral("Writes a settings file back to its controllers, or with --to onto "
                            "another one, and compares what reads back."),
-            Cli::Nothing);
+            Cli::Timeout);
     const QCommandLineOption to(QStringLiteral("to"),
                                 QStringLiteral("Restore the file's one controller onto ADDR."),
                                 QStringLiteral("ADDR"));
@@ -64,28 +65,24 @@ int runRestore(const QStringList& arguments) {
     const QCommandLineOption network(QStringLiteral("include-network"),
                                      QStringLiteral("Also write the network settings and restart "
                                                     "the controller's network with them."));
-    const QCommandLineOption timeout(QStringLiteral("timeout"),
-                                     QStringLiteral("Wait at most MS milliseconds for each reply."),
-                                     QStringLiteral("MS"), QString::number(ControllerClient::DefaultTimeoutMs));
-    cli.parser.addOptions({to, dryRun, network, timeout});
+    cli.parser.addOptions({to, dryRun, network});
     cli.parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A settings file."),
                                      QStringLiteral("FILE.json"));
     if (!cli.parse(arguments))
         return Usage;
     if (cli.parser.positionalArguments().size() != 1)
         return cli.usage(QStringLiteral("name one FILE.json"));
-    const int timeoutMs = cli.parser.value(timeout).toInt();
-    if (timeoutMs < 1)
-        return cli.usage(QStringLiteral("--timeout takes a number of milliseconds"));
     QString error;
-    const auto object = jsonfile::read(cli.parser.positionalArguments().first(), settingsfile::Format, &error);
+    const auto object =
+        jsonfile::read(cli.parser.positionalArguments().first(), settingsfile::Format, &error);
     auto file = object ? settingsfile::fromJson(*object, &error) : std::nullopt;
     if (!file)
         return cli.usage(error);
     if (cli.parser.isSet(to)) {
         if (file->size() != 1)
-            return cli.usage(QStringLiteral("--to needs a file of one controller; this one holds %1")
-                                 .arg(file->size()));
+            return cli.usage(
+                QStringLiteral("--to needs a file of one controller; this one holds %1")
+                    .arg(file->size()));
         (*file)[0].address = cli.parser.value(to);
     }
     QList<Target> targets;
@@ -98,33 +95,33 @@ int runRestore(const QStringList& arguments) {
     QList<QList<Change>> networkChanges(targets.size());
     QList<Values> after(targets.size());
     const bool dry = cli.parser.isSet(dryRun);
-    QStringList failures = runAll(targets, timeoutMs, [&](ControllerClient& client, qsizetype i) {
-        queueReads(client, readableSettings(withNetwork), &now[i]);
-        client.then([&, i, &c = client] {
-            changes[i] = restoreChanges((*file)[i].values, now[i], false);
-            if (withNetwork)
-                networkChanges[i] = restoreChanges((*file)[i].values, now[i], true);
-            networkChanges[i].removeIf([](const Change& ch) {
-                return ch.first->group != protocol::Group::Network;
+    QStringList failures =
+        runAll(targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
+            queueReads(client, readableSettings(withNetwork), &now[i]);
+            client.then([&, i, &c = client] {
+                changes[i] = restoreChanges((*file)[i].values, now[i], false);
+                if (withNetwork)
+                    networkChanges[i] = restoreChanges((*file)[i].values, now[i], true);
+                networkChanges[i].removeIf(
+                    [](const Change& ch) { return ch.first->group != protocol::Group::Network; });
+                if (dry)
+                    return;
+                queueWrites(c, changes[i]);
+                queueReads(c, readableSettings(false), &after[i]);
+                // Last, as they restart the controller's network and end the connection.
+                queueWrites(c, networkChanges[i]);
+                if (!networkChanges[i].isEmpty())
+                    c.exchange(QByteArrayLiteral("SREL\r\n"), QByteArrayLiteral("RELI"));
             });
-            if (dry)
-                return;
-            queueWrites(c, changes[i]);
-            queueReads(c, readableSettings(false), &after[i]);
-            // Last, as they restart the controller's network and end the connection.
-            queueWrites(c, networkChanges[i]);
-            if (!networkChanges[i].isEmpty())
-                c.exchange(QByteArrayLiteral("SREL\r\n"), QByteArrayLiteral("RELI"));
         });
-    });
     QTextStream out(stdout);
     for (qsizetype i = 0; i < targets.size(); ++i) {
         if (!failures[i].isEmpty())
             continue;
         const QList<Change> all = changes[i] + networkChanges[i];
         if (dry) {
-            out << targets[i].address << ": " << (all.isEmpty() ? "nothing to change" : "would change")
-                << '\n';
+            out << targets[i].address << ": "
+                << (all.isEmpty() ? "nothing to change" : "would change") << '\n';
             for (const Change& change : all)
                 out << "  " << describeChange(change, now[i]) << '\n';
             continue;

@@ -20,7 +20,9 @@ Cli::Cli(const QString& command, const QString& description, int takes)
     parser.setApplicationDescription(description);
     parser.addHelpOption();
     if (takes & Targets)
-        parser.addOptions({host_, all_, timeout_});
+        parser.addOptions({host_, all_});
+    if (takes & Timeout)
+        parser.addOption(timeout_);
     if (takes & Json)
         parser.addOption(json_);
 }
@@ -34,7 +36,7 @@ bool Cli::parse(const QStringList& arguments) {
     }
     if (parser.isSet(QStringLiteral("help")))
         parser.showHelp(Ok);
-    if (takes_ & Targets) {
+    if (takes_ & Timeout) {
         bool number = false;
         timeoutMs_ = parser.value(timeout_).toInt(&number);
         if (!number || timeoutMs_ < 1 || timeoutMs_ > 600000) {

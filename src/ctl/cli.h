@@ -13,7 +13,7 @@ enum Exit { Ok = 0, SomeFailed = 1, Usage = 2 };
 // JSON output where it takes them.
 class Cli {
 public:
-    enum Takes { Nothing = 0, Targets = 1, Json = 2 };
+    enum Takes { Nothing = 0, Targets = 1, Timeout = 2, Json = 4 };
 
     Cli(const QString& command, const QString& description, int takes);
 

@@ -1,11 +1,8 @@
 #include "ctl/fleet.h"
 
-#include <QEventLoop>
 #include <QTextStream>
 #include <cstdio>
-#include <memory>
 #include <unistd.h>
-#include <vector>
 
 Progress::Progress(const QString& what, qsizetype total, bool enabled)
     : what_(what), total_(total), enabled_(enabled), terminal_(isatty(STDERR_FILENO) != 0) {}
@@ -28,33 +25,14 @@ void Progress::done(const QString& address, bool ok) {
         err << '\n';
 }
 
-QStringList runAll(const QList<Target>& targets, int timeoutMs,
-                   const std::function<void(ControllerClient& client, qsizetype index)>& prepare,
+QStringList runAll(const QList<Target>& targets, int timeoutMs, const Sequence& prepare,
                    Progress* progress) {
-    QStringList failures(targets.size());
-    qsizetype open = targets.size();
-    QEventLoop loop;
     std::vector<std::unique_ptr<ControllerClient>> clients;
-    for (qsizetype i = 0; i < targets.size(); ++i) {
-        auto client = std::make_unique<ControllerClient>(targets[i].address, timeoutMs);
-        const auto end = [&, i](const QString& failure) {
-            failures[i] = failure;
-            if (progress)
-                progress->done(targets[i].address, failure.isEmpty());
-            if (--open == 0)
-                loop.quit();
-        };
-        QObject::connect(client.get(), &ControllerClient::finished, [end] { end({}); });
-        QObject::connect(client.get(), &ControllerClient::failed, end);
-        clients.push_back(std::move(client));
-    }
-    for (qsizetype i = 0; i < targets.size(); ++i) {
-        ControllerClient& client = *clients[static_cast<size_t>(i)];
-        prepare(client, i);
-        if (client.idle())
-            emit client.finished(); // nothing to do for this one
-    }
-    if (open > 0)
-        loop.exec();
-    return failures;
+    for (const Target& t : targets)
+        clients.push_back(std::make_unique<ControllerClient>(t.address, timeoutMs));
+    QStringList failures(targets.size());
+    return runClients(clients, failures, prepare, [&](qsizetype i) {
+        if (progress)
+            progress->done(targets[i].address, clients[static_cast<size_t>(i)]->succeeded());
+    });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "link/controllerclient.h"
+#include "link/lentrun.h"
 
 #include <QList>
 #include <QString>
@@ -29,6 +29,5 @@ private:
 // One sequence per controller, all in flight together on one event loop. prepare
 // queues the first exchanges of target i on its client; their answers may queue more.
 // Returns each target's failure message, empty for those that succeeded.
-QStringList runAll(const QList<Target>& targets, int timeoutMs,
-                   const std::function<void(ControllerClient& client, qsizetype index)>& prepare,
+QStringList runAll(const QList<Target>& targets, int timeoutMs, const Sequence& prepare,
                    Progress* progress = nullptr);

@@ -80,7 +80,7 @@ int runSettings(const QStringList& arguments) {
 int runGet(const QStringList& arguments) {
     Cli cli(QStringLiteral("get"),
             QStringLiteral("Reads the named settings, or every readable one, from each target."),
-            Cli::Targets | Cli::Json);
+            Cli::Targets | Cli::Timeout | Cli::Json);
     cli.parser.addPositionalArgument(QStringLiteral("setting"), QStringLiteral("Setting names."),
                                      QStringLiteral("[SETTING...]"));
     if (!cli.parse(arguments))
@@ -108,7 +108,7 @@ int runSet(const QStringList& arguments) {
     Cli cli(QStringLiteral("set"),
             QStringLiteral("Writes settings to each target, then reads them back and reports "
                            "any difference. Every value is checked before anything is sent."),
-            Cli::Targets);
+            Cli::Targets | Cli::Timeout);
     cli.parser.addPositionalArgument(QStringLiteral("assignment"),
                                      QStringLiteral("SETTING=VALUE, e.g. brightness.a=60."),
                                      QStringLiteral("SETTING=VALUE..."));
@@ -128,7 +128,8 @@ int runSet(const QStringList& arguments) {
         const Setting* s = named->first();
         if (!s->writable())
             return cli.usage(QStringLiteral("%1 cannot be written").arg(s->name));
-        const protocol::Result<protocol::Value> v = protocol::parseValue(*s, assignment.mid(equals + 1));
+        const protocol::Result<protocol::Value> v =
+            protocol::parseValue(*s, assignment.mid(equals + 1));
         if (!v)
             return cli.usage(QStringLiteral("%1: %2").arg(s->name, v.error));
         changes.append({s, *v});
@@ -141,10 +142,11 @@ int runSet(const QStringList& arguments) {
         if (s->readable())
             readBack << s;
     QList<Values> values(targets->size());
-    QStringList failures = runAll(*targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
-        queueWrites(client, changes);
-        queueReads(client, readBack, &values[i]);
-    });
+    QStringList failures =
+        runAll(*targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
+            queueWrites(client, changes);
+            queueReads(client, readBack, &values[i]);
+        });
     for (qsizetype i = 0; i < targets->size(); ++i) {
         const QStringList different = differences(changes, values[i]);
         if (failures[i].isEmpty() && !different.isEmpty())
@@ -161,10 +163,11 @@ int runSend(const QStringList& arguments) {
     Cli cli(QStringLiteral("send"),
             QStringLiteral("Sends one raw line to each target and prints what comes back, "
                            "with \\r and \\n shown."),
-            Cli::Targets);
-    const QCommandLineOption wait(QStringLiteral("wait"),
-                                  QStringLiteral("Collect the answer for MS milliseconds (default 500)."),
-                                  QStringLiteral("MS"), QStringLiteral("500"));
+            Cli::Targets | Cli::Timeout);
+    const QCommandLineOption wait(
+        QStringLiteral("wait"),
+        QStringLiteral("Collect the answer for MS milliseconds (default 500)."),
+        QStringLiteral("MS"), QStringLiteral("500"));
     cli.parser.addOption(wait);
     cli.parser.addPositionalArgument(QStringLiteral("line"),
                                      QStringLiteral("The command, without its line end."),
@@ -187,8 +190,9 @@ int runSend(const QStringList& arguments) {
     QStringList answers(targets->size());
     const QStringList failures =
         runAll(*targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
-            client.sendRaw(line.toLatin1() + "\r\n", waitMs,
-                           [&answers, i](const QByteArray& reply) { answers[i] = visibleText(reply); });
+            client.sendRaw(
+                line.toLatin1() + "\r\n", waitMs,
+                [&answers, i](const QByteArray& reply) { answers[i] = visibleText(reply); });
         });
     for (qsizetype i = 0; i < targets->size(); ++i)
         if (failures[i].isEmpty())

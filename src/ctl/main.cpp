@@ -34,10 +34,10 @@ int main(int argc, char* argv[]) {
     QCoreApplication::setApplicationName(QStringLiteral("panomat-ctl"));
     QCoreApplication::setApplicationVersion(QStringLiteral(PANOMAT_VERSION));
     const std::map<QString, std::function<int(const QStringList&)>> commands = {
-        {QStringLiteral("search"), runSearch},   {QStringLiteral("settings"), runSettings},
-        {QStringLiteral("get"), runGet},         {QStringLiteral("set"), runSet},
-        {QStringLiteral("backup"), runBackup},   {QStringLiteral("restore"), runRestore},
-        {QStringLiteral("wall"), runWall},       {QStringLiteral("send"), runSend}};
+        {QStringLiteral("search"), runSearch}, {QStringLiteral("settings"), runSettings},
+        {QStringLiteral("get"), runGet},       {QStringLiteral("set"), runSet},
+        {QStringLiteral("backup"), runBackup}, {QStringLiteral("restore"), runRestore},
+        {QStringLiteral("wall"), runWall},     {QStringLiteral("send"), runSend}};
     const QStringList arguments = app.arguments().mid(1);
     const QString command = arguments.value(0);
     if (command == QLatin1String("--help") || command == QLatin1String("-h")) {
@@ -50,9 +50,11 @@ int main(int argc, char* argv[]) {
     }
     const auto found = commands.find(command);
     if (found == commands.end()) {
-        QTextStream(stderr) << (command.isEmpty() ? QStringLiteral("panomat-ctl: name a command\n")
-                                                  : QStringLiteral("panomat-ctl: unknown command \"%1\"\n").arg(command))
-                            << Overview;
+        QTextStream(stderr)
+            << (command.isEmpty()
+                    ? QStringLiteral("panomat-ctl: name a command\n")
+                    : QStringLiteral("panomat-ctl: unknown command \"%1\"\n").arg(command))
+            << Overview;
         return Usage;
     }
     return found->second(arguments.mid(1));

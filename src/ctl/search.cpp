@@ -1,8 +1,8 @@
 #include "ctl/cli.h"
 #include "ctl/commands.h"
-#include "link/settingsio.h"
 #include "ctl/targets.h"
 #include "link/searchprogram.h"
+#include "link/settingsio.h"
 #include "protocol/settingsfile.h"
 
 #include <QCoreApplication>
@@ -44,7 +44,8 @@ bool runProgram(QString* error) {
         return false;
     }
     if (tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0) {
-        *error = QStringLiteral("%1 failed with exit code %2").arg(search::Program).arg(tool.exitCode());
+        *error =
+            QStringLiteral("%1 failed with exit code %2").arg(search::Program).arg(tool.exitCode());
         return false;
     }
     return true;
@@ -71,10 +72,9 @@ int runSearch(const QStringList& arguments) {
     }
     const protocol::Setting* firmware = protocol::find(QStringLiteral("firmware"));
     QList<Values> values(found->size());
-    const QStringList failures = runAll(*found, ControllerClient::DefaultTimeoutMs,
-                                        [&](ControllerClient& client, qsizetype i) {
-                                            queueReads(client, {firmware}, &values[i]);
-                                        });
+    const QStringList failures = runAll(
+        *found, ControllerClient::DefaultTimeoutMs,
+        [&](ControllerClient& client, qsizetype i) { queueReads(client, {firmware}, &values[i]); });
     QList<QStringList> rows;
     QJsonArray list;
     for (qsizetype i = 0; i < found->size(); ++i) {
@@ -89,6 +89,7 @@ int runSearch(const QStringList& arguments) {
     if (cli.json())
         QTextStream(stdout) << QJsonDocument(list).toJson(QJsonDocument::Indented);
     else
-        printTable({QStringLiteral("MAC"), QStringLiteral("ADDRESS"), QStringLiteral("FIRMWARE")}, rows);
+        printTable({QStringLiteral("MAC"), QStringLiteral("ADDRESS"), QStringLiteral("FIRMWARE")},
+                   rows);
     return report(*found, failures);
 }

@@ -29,10 +29,10 @@ int plan(const QStringList& arguments) {
     Cli cli(QStringLiteral("wall plan"),
             QStringLiteral("Assigns the targets' outputs A-D, in order, to tiles 1..rows x cols."),
             Cli::Targets | Cli::Json);
-    const QCommandLineOption rows(QStringLiteral("rows"), QStringLiteral("Rows of displays, 1..15."),
-                                  QStringLiteral("R"));
-    const QCommandLineOption cols(QStringLiteral("cols"),
-                                  QStringLiteral("Columns of displays, 1..15."), QStringLiteral("C"));
+    const QCommandLineOption rows(QStringLiteral("rows"),
+                                  QStringLiteral("Rows of displays, 1..15."), QStringLiteral("R"));
+    const QCommandLineOption cols(
+        QStringLiteral("cols"), QStringLiteral("Columns of displays, 1..15."), QStringLiteral("C"));
     const QCommandLineOption output(QStringList{QStringLiteral("o"), QStringLiteral("output")},
                                     QStringLiteral("Write the plan to FILE.json."),
                                     QStringLiteral("FILE.json"));
@@ -42,7 +42,8 @@ int plan(const QStringList& arguments) {
     const int r = cli.parser.value(rows).toInt();
     const int c = cli.parser.value(cols).toInt();
     if (r < 1 || r > wallplan::MaxSide || c < 1 || c > wallplan::MaxSide)
-        return cli.usage(QStringLiteral("--rows and --cols each take 1..%1").arg(wallplan::MaxSide));
+        return cli.usage(
+            QStringLiteral("--rows and --cols each take 1..%1").arg(wallplan::MaxSide));
     const auto targets = cli.targets();
     if (!targets)
         return Usage;
@@ -61,32 +62,29 @@ int plan(const QStringList& arguments) {
     } else {
         QList<QStringList> table;
         for (const wallplan::Assignment& a : p.assignments)
-            table.append({QString::number(a.tile), a.address, QStringLiteral("Out ") + wallplan::outputName(a.output)});
-        printTable({QStringLiteral("TILE"), QStringLiteral("ADDRESS"), QStringLiteral("OUTPUT")}, table);
+            table.append({QString::number(a.tile), a.address,
+                          QStringLiteral("Out ") + wallplan::outputName(a.output)});
+        printTable({QStringLiteral("TILE"), QStringLiteral("ADDRESS"), QStringLiteral("OUTPUT")},
+                   table);
     }
     printCoverage(p);
     return Ok;
 }
 
 int apply(const QStringList& arguments) {
-    Cli cli(QStringLiteral("wall apply"),
-            QStringLiteral("Sends each controller its outputs' rows, columns and tiles from a plan."),
-            Cli::Nothing);
-    const QCommandLineOption timeout(QStringLiteral("timeout"),
-                                     QStringLiteral("Wait at most MS milliseconds for each reply."),
-                                     QStringLiteral("MS"), QString::number(ControllerClient::DefaultTimeoutMs));
-    cli.parser.addOption(timeout);
+    Cli cli(
+        QStringLiteral("wall apply"),
+        QStringLiteral("Sends each controller its outputs' rows, columns and tiles from a plan."),
+        Cli::Timeout);
     cli.parser.addPositionalArgument(QStringLiteral("plan"), QStringLiteral("A wall plan file."),
                                      QStringLiteral("PLAN.json"));
     if (!cli.parse(arguments))
         return Usage;
     if (cli.parser.positionalArguments().size() != 1)
         return cli.usage(QStringLiteral("name one PLAN.json"));
-    const int timeoutMs = cli.parser.value(timeout).toInt();
-    if (timeoutMs < 1)
-        return cli.usage(QStringLiteral("--timeout takes a number of milliseconds"));
     QString error;
-    const auto object = jsonfile::read(cli.parser.positionalArguments().first(), wallplan::Format, &error);
+    const auto object =
+        jsonfile::read(cli.parser.positionalArguments().first(), wallplan::Format, &error);
     const auto p = object ? wallplan::fromJson(*object, &error) : std::nullopt;
     if (!p)
         return cli.usage(error);
@@ -103,17 +101,18 @@ int apply(const QStringList& arguments) {
         }
         outputs[i] << a;
     }
-    const QStringList failures = runAll(targets, timeoutMs, [&](ControllerClient& client, qsizetype i) {
-        for (const wallplan::Assignment& a : outputs[i]) {
-            const auto lines = protocol::placementLines(p->rows, p->cols, a.output, a.tile);
-            if (!lines) {
-                client.fail(lines.error);
-                return;
+    const QStringList failures =
+        runAll(targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
+            for (const wallplan::Assignment& a : outputs[i]) {
+                const auto lines = protocol::placementLines(p->rows, p->cols, a.output, a.tile);
+                if (!lines) {
+                    client.fail(lines.error);
+                    return;
+                }
+                for (const protocol::Write& w : *lines)
+                    client.exchange(w.line, w.ack);
             }
-            for (const protocol::Write& w : *lines)
-                client.exchange(w.line, w.ack);
-        }
-    });
+        });
     for (qsizetype i = 0; i < targets.size(); ++i)
         if (failures[i].isEmpty())
             QTextStream(stdout) << targets[i].address << ": placed " << outputs[i].size()

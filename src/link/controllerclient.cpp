@@ -36,8 +36,7 @@ void ControllerClient::watch() {
 
 ControllerClient::~ControllerClient() = default;
 
-void ControllerClient::exchange(const QByteArray& line, const QByteArray& replyKey,
-                                Answer answer) {
+void ControllerClient::exchange(const QByteArray& line, const QByteArray& replyKey, Answer answer) {
     queue_.enqueue({line, replyKey, -1, std::move(answer)});
     start();
 }
@@ -151,10 +150,18 @@ void ControllerClient::complete(const QByteArray& reply) {
     next();
 }
 
+void ControllerClient::endIfIdle() {
+    if (queue_.isEmpty() && !running_ && !finished_) {
+        finished_ = true;
+        emit finished();
+    }
+}
+
 void ControllerClient::fail(const QString& why) {
     if (finished_)
         return;
     finished_ = true;
+    failed_ = true;
     running_ = false;
     timer_.stop();
     queue_.clear();

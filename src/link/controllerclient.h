@@ -41,8 +41,10 @@ public:
     void then(std::function<void()> step);
     // Ends the connection with a failure, for an answer that did not make sense.
     void fail(const QString& why);
-    // Nothing queued, nothing out, not ended.
-    bool idle() const { return queue_.isEmpty() && !running_ && !finished_; }
+    // A client given nothing to do ends at once, well.
+    void endIfIdle();
+    // Ended, and not by a failure.
+    bool succeeded() const { return finished_ && !failed_; }
 
 signals:
     // Every queued exchange has ended well.
@@ -74,6 +76,7 @@ private:
     QByteArray buffer_;
     bool running_ = false;  // an exchange is out
     bool finished_ = false; // failed, or the queue ran dry
+    bool failed_ = false;
 };
 
 // Shows a line's control bytes: "\r", "\n", "\t" and "\xNN" for the others.

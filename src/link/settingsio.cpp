@@ -20,9 +20,9 @@ void queueReads(ControllerClient& client, const QList<const Setting*>& settings,
             for (const Setting* s : answered) {
                 const protocol::Result<protocol::Value> v = protocol::parseReply(*s, reply);
                 if (!v) {
-                    client.fail(QStringLiteral("%1 answered %2: %3")
-                                    .arg(QString::fromLatin1(line).trimmed(), visibleText(reply),
-                                         v.error));
+                    client.fail(
+                        QStringLiteral("%1 answered %2: %3")
+                            .arg(QString::fromLatin1(line).trimmed(), visibleText(reply), v.error));
                     return;
                 }
                 values->insert(s->name, *v);
@@ -79,10 +79,11 @@ std::optional<QList<const Setting*>> settingsNamed(const QStringList& names, QSt
         const Setting* s = protocol::find(name);
         if (!s) {
             const QStringList close = closeNames(name);
-            *error = QStringLiteral("unknown setting \"%1\"").arg(name) +
-                     (close.isEmpty() ? QStringLiteral("; \"panomat-ctl settings\" lists them")
-                                      : QStringLiteral("; did you mean %1?")
-                                            .arg(close.join(QLatin1String(", "))));
+            *error =
+                QStringLiteral("unknown setting \"%1\"").arg(name) +
+                (close.isEmpty()
+                     ? QStringLiteral("; \"panomat-ctl settings\" lists them")
+                     : QStringLiteral("; did you mean %1?").arg(close.join(QLatin1String(", "))));
             return std::nullopt;
         }
         chosen << s;
@@ -111,7 +112,8 @@ QStringList differences(const QList<Change>& wanted, const Values& readBack) {
 QList<Change> restoreChanges(const Values& wanted, const Values& now, bool withNetwork) {
     QList<Change> changes;
     for (const Setting* s : readableSettings(withNetwork))
-        if (s->writable() && wanted.contains(s->name) && wanted.value(s->name) != now.value(s->name))
+        if (s->writable() && wanted.contains(s->name) &&
+            wanted.value(s->name) != now.value(s->name))
             changes.append({s, wanted.value(s->name)});
     return changes;
 }

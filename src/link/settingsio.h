@@ -23,7 +23,7 @@ void queueWrites(ControllerClient& client, const QList<Change>& changes);
 // The settings named, or all readable ones when none are; the message lists the close
 // names of an unknown one.
 std::optional<QList<const protocol::Setting*>> settingsNamed(const QStringList& names,
-                                                            QString* error);
+                                                             QString* error);
 QList<const protocol::Setting*> readableSettings(bool withNetwork);
 
 // What a restore writes to one controller: every setting of wanted that it can write and

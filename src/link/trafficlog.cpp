@@ -28,8 +28,8 @@ void TrafficLog::record(int index, bool sent, const QByteArray& bytes) {
         lastSentNs_[index] = now;
     else if (lastSentNs_.contains(index))
         replyUs = (now - lastSentNs_.value(index)) / 1000;
-    pending_.push_back({QDateTime::currentMSecsSinceEpoch(), index, sent,
-                        bytes.left(MaxRowBytes), bytes.size(), replyUs});
+    pending_.push_back({QDateTime::currentMSecsSinceEpoch(), index, sent, bytes.left(MaxRowBytes),
+                        bytes.size(), replyUs});
     if (pending_.size() > MaxRows) {
         pending_.pop_front();
         ++dropped_;
@@ -42,8 +42,7 @@ void TrafficLog::flush() {
     batch_.stop();
     if (pending_.empty())
         return;
-    const qsizetype overflow =
-        static_cast<qsizetype>(rows_.size() + pending_.size()) - MaxRows;
+    const qsizetype overflow = static_cast<qsizetype>(rows_.size() + pending_.size()) - MaxRows;
     if (overflow > 0) {
         const int gone = static_cast<int>(qMin<qsizetype>(overflow, rows_.size()));
         beginRemoveRows({}, 0, gone - 1);

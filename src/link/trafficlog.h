@@ -28,8 +28,7 @@ public:
     static constexpr int IndexRole = Qt::UserRole;
 
     // name gives the controller of a list index as the operator knows it.
-    TrafficLog(DeviceLink& link, std::function<QString(int index)> name,
-               QObject* parent = nullptr);
+    TrafficLog(DeviceLink& link, std::function<QString(int index)> name, QObject* parent = nullptr);
 
     void setPaused(bool paused) { paused_ = paused; }
     bool paused() const { return paused_; }

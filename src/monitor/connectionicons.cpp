@@ -81,8 +81,7 @@ void ConnectionIcons::show(int index) {
                                   stateIcon(State::Connected), stateIcon(State::Lost)};
     const auto state = static_cast<int>(s_.link().state(index));
     devices->setItemIcon(index, icons[state]);
-    devices->setItemData(index,
-                         QStringLiteral("%1: %2").arg(s_.address(index), stateText(state)),
+    devices->setItemData(index, QStringLiteral("%1: %2").arg(s_.address(index), stateText(state)),
                          Qt::ToolTipRole);
 }
 

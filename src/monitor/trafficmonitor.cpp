@@ -57,10 +57,12 @@ TrafficMonitor::TrafficMonitor(Session& session, TrafficLog& log, QWidget* paren
             view_->scrollToBottom();
     });
     connect(log_, &TrafficLog::droppedChanged, this, [this](qint64 dropped) {
-        dropped_->setText(dropped ? QStringLiteral("%1 older rows dropped").arg(dropped) : QString());
+        dropped_->setText(dropped ? QStringLiteral("%1 older rows dropped").arg(dropped)
+                                  : QString());
     });
     QAbstractItemModel* devices = s_.ui().cbo_ipaddr->model();
-    connect(devices, &QAbstractItemModel::rowsInserted, this, &TrafficMonitor::fillControllerFilter);
+    connect(devices, &QAbstractItemModel::rowsInserted, this,
+            &TrafficMonitor::fillControllerFilter);
     connect(devices, &QAbstractItemModel::rowsRemoved, this, &TrafficMonitor::fillControllerFilter);
     connect(devices, &QAbstractItemModel::modelReset, this, &TrafficMonitor::fillControllerFilter);
     fillControllerFilter();
@@ -86,9 +88,9 @@ QWidget* TrafficMonitor::buildControls() {
     clear->setObjectName(QStringLiteral("monitor_clear"));
     auto* save = new QPushButton(QStringLiteral("Save..."));
     save->setObjectName(QStringLiteral("monitor_save"));
-    for (QWidget* w : {static_cast<QWidget*>(controllers_), static_cast<QWidget*>(text_),
-                       static_cast<QWidget*>(pause_), static_cast<QWidget*>(clear),
-                       static_cast<QWidget*>(save)})
+    for (QWidget* w :
+         {static_cast<QWidget*>(controllers_), static_cast<QWidget*>(text_),
+          static_cast<QWidget*>(pause_), static_cast<QWidget*>(clear), static_cast<QWidget*>(save)})
         bar->addWidget(w, w == text_ ? 1 : 0);
     column->addLayout(bar);
 
@@ -100,10 +102,11 @@ QWidget* TrafficMonitor::buildControls() {
     view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 4);
     // Widths from sample texts: measuring every row would cost more than the rows.
     const QFontMetrics metrics = view_->fontMetrics();
-    const std::pair<int, const char*> samples[] = {{TrafficLog::Time, "00:00:00.000"},
-                                                   {TrafficLog::Controller, "00-00-00-00-00-00  000.000.000.000"},
-                                                   {TrafficLog::Direction, "received"},
-                                                   {TrafficLog::ReplyTime, "0000.0 ms"}};
+    const std::pair<int, const char*> samples[] = {
+        {TrafficLog::Time, "00:00:00.000"},
+        {TrafficLog::Controller, "00-00-00-00-00-00  000.000.000.000"},
+        {TrafficLog::Direction, "received"},
+        {TrafficLog::ReplyTime, "0000.0 ms"}};
     for (const auto& [column, sample] : samples)
         view_->setColumnWidth(column, metrics.horizontalAdvance(QLatin1String(sample)) + 16);
     view_->horizontalHeader()->setStretchLastSection(false);
@@ -126,7 +129,8 @@ QWidget* TrafficMonitor::buildControls() {
 }
 
 void TrafficMonitor::fillControllerFilter() {
-    const int chosen = controllers_->currentData().isValid() ? controllers_->currentData().toInt() : -1;
+    const int chosen =
+        controllers_->currentData().isValid() ? controllers_->currentData().toInt() : -1;
     controllers_->clear();
     controllers_->addItem(QStringLiteral("All controllers"), -1);
     for (int i = 0; i < s_.deviceCount(); ++i)
@@ -135,9 +139,9 @@ void TrafficMonitor::fillControllerFilter() {
 }
 
 void TrafficMonitor::save() {
-    const QString path = QFileDialog::getSaveFileName(
-        this, QStringLiteral("Save traffic"), QStringLiteral("traffic.csv"),
-        QStringLiteral("CSV (*.csv);;Text (*.txt)"));
+    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save traffic"),
+                                                      QStringLiteral("traffic.csv"),
+                                                      QStringLiteral("CSV (*.csv);;Text (*.txt)"));
     if (!path.isEmpty())
         saveTo(path);
 }
@@ -149,6 +153,7 @@ bool TrafficMonitor::saveTo(const QString& path) {
         writeRows(file, *filter_, path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) &&
         file.commit())
         return true;
-    s_.exclamation(QStringLiteral("Cannot save the traffic to %1: %2").arg(path, file.errorString()));
+    s_.exclamation(
+        QStringLiteral("Cannot save the traffic to %1: %2").arg(path, file.errorString()));
     return false;
 }

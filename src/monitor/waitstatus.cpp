@@ -8,18 +8,27 @@ WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
     tick_.setInterval(1000);
     tick_.setTimerType(Qt::PreciseTimer);
     connect(&tick_, &QTimer::timeout, this, &WaitStatus::update);
+    show_.setSingleShot(true);
+    show_.setInterval(ShowAfterMs);
+    connect(&show_, &QTimer::timeout, this, [this] {
+        tick_.start();
+        update();
+    });
     connect(&session.notice(), &WaitNotice::waiting, this,
             [this](const QString& procedure, const QString& reply, const QString& controller) {
-                waitingFor_ = QStringLiteral("%1: waiting for %2 from %3")
-                                  .arg(procedure, reply, controller);
+                waitingFor_ =
+                    QStringLiteral("%1: waiting for %2 from %3").arg(procedure, reply, controller);
                 since_.start();
-                tick_.start();
-                update();
+                if (tick_.isActive())
+                    update();
+                else
+                    show_.start();
             });
     connect(&session.notice(), &WaitNotice::ended, this, [this] {
+        show_.stop();
         tick_.stop();
-        waitingFor_.clear();
-        label_->clear();
+        if (!label_->text().isEmpty())
+            label_->clear();
     });
 }
 

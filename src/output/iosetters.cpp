@@ -1,9 +1,9 @@
 #include "output/iosetters.h"
 
+#include "output/iosetup.h"
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
 #include "session/events.h"
-#include "output/iosetup.h"
 #include "session/session.h"
 
 #include <QCheckBox>

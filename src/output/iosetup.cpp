@@ -24,7 +24,7 @@ void IoSetup::ReadIoSetup() {
     s_.request(read_, 7, [](int k) { return command::line(QLatin1String(reads[k])); });
 }
 
-// Each list set here raises its Click; the setters stay silent while wait_io is busy.
+// Each list set here raises its Click; the setters stay silent while the read is busy.
 // A value outside a list ends the handler before the step advances, so the read keeps
 // waiting for a reply that has already come.
 void IoSetup::HandleIoSetupReply(const QString& reply) {

@@ -1,9 +1,9 @@
 #include "picture/picturecontrols.h"
 
+#include "picture/pictureread.h"
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
 #include "session/events.h"
-#include "picture/pictureread.h"
 
 #include <QComboBox>
 #include <QLineEdit>

@@ -1,8 +1,8 @@
 #include "picture/pictureread.h"
 
+#include "picture/picturecontrols.h"
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "picture/picturecontrols.h"
 #include "session/events.h"
 
 #include <QCheckBox>
@@ -33,9 +33,8 @@ void PictureRead::ReadPicture() {
     if (!s_.guard())
         return;
     const BusyButtons busy{s_.ui().btn_img_rst[RefreshButton]};
-    s_.request(read_, 16, [](int k) {
-        return command::line(QLatin1String(ReadKeywords[k / 4]), k % 4 + 1);
-    });
+    s_.request(read_, 16,
+               [](int k) { return command::line(QLatin1String(ReadKeywords[k / 4]), k % 4 + 1); });
 }
 
 // A picture value reply carries its key in characters 8-11 and the value in 12-14;
@@ -70,8 +69,8 @@ void PictureRead::btn_img_rst_Click(int index) {
         return;
     }
     if (index >= 0 && index < 4) {
-        reset(s_.ui().Chk_img[index]->isChecked(), command::line(QStringLiteral("SIMRE"), index + 1),
-              index, 1);
+        reset(s_.ui().Chk_img[index]->isChecked(),
+              command::line(QStringLiteral("SIMRE"), index + 1), index, 1);
     } else if (index == PictureResetButton) {
         // The answer chooses only who gets the reset; the page shows the defaults either way.
         const bool all = s_.askYes(QStringLiteral("Reset All IP ?"));

@@ -92,7 +92,8 @@ std::optional<Plan> fromJson(const QJsonObject& object, QString* error) {
             return std::nullopt;
         const QString key = a->address + u'/' + outputName(a->output);
         if (outputs.contains(key)) {
-            *error = QStringLiteral("%1 Out %2 is assigned twice").arg(a->address, outputName(a->output));
+            *error = QStringLiteral("%1 Out %2 is assigned twice")
+                         .arg(a->address, outputName(a->output));
             return std::nullopt;
         }
         outputs.insert(key);

@@ -170,11 +170,10 @@ void Session::setPageFramesEnabled(bool enabled) {
 }
 
 void Session::setSystemButtonsEnabled(bool enabled) {
-    for (QWidget* control : {static_cast<QWidget*>(ui_.power_ctl[0]),
-                             static_cast<QWidget*>(ui_.btn_sys_fac_rst),
-                             static_cast<QWidget*>(ui_.btn_sys_refresh),
-                             static_cast<QWidget*>(ui_.Check1[0]),
-                             static_cast<QWidget*>(ui_.Check1[1])})
+    for (QWidget* control :
+         {static_cast<QWidget*>(ui_.power_ctl[0]), static_cast<QWidget*>(ui_.btn_sys_fac_rst),
+          static_cast<QWidget*>(ui_.btn_sys_refresh), static_cast<QWidget*>(ui_.Check1[0]),
+          static_cast<QWidget*>(ui_.Check1[1])})
         control->setEnabled(enabled);
 }
 

@@ -15,8 +15,7 @@ constexpr int ResetAllIpBox = 1;
 
 } // namespace
 
-PowerModel::PowerModel(Session& session, StatusRead& status)
-    : s_(session), status_(status) {
+PowerModel::PowerModel(Session& session, StatusRead& status) : s_(session), status_(status) {
     Controls& ui = s_.ui();
     for (int i = 0; i < 3; ++i)
         QObject::connect(ui.power_ctl[i], &QPushButton::clicked, ui.power_ctl[i],

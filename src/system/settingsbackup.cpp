@@ -129,9 +129,9 @@ void SettingsBackup::saveAsked() {
 void SettingsBackup::restoreAsked() {
     if (!ready(QStringLiteral("restore the settings")))
         return;
-    const QString path = QFileDialog::getOpenFileName(
-        parent_, QStringLiteral("Restore controller settings"), {},
-        QStringLiteral("Settings files (*.json)"));
+    const QString path =
+        QFileDialog::getOpenFileName(parent_, QStringLiteral("Restore controller settings"), {},
+                                     QStringLiteral("Settings files (*.json)"));
     if (!path.isEmpty())
         restore(path);
 }
@@ -167,7 +167,8 @@ bool SettingsBackup::save(const QString& path, bool all) {
     }
     QString error;
     if (saved.isEmpty()) {
-        s.exclamation(summary(QStringLiteral("No settings were read; nothing was saved."), {}, failed));
+        s.exclamation(
+            summary(QStringLiteral("No settings were read; nothing was saved."), {}, failed));
         return false;
     }
     if (!jsonfile::write(path, settingsfile::toJson(saved), &error)) {

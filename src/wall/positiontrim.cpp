@@ -50,7 +50,7 @@ PositionTrim::PositionTrim(Session& session) : s_(session) {
 
 void PositionTrim::showTrim(int index, int position) {
     s_.ui().value_posi[index]->setText(position < Zero ? u'-' + legacy::plainText(Zero - position)
-                                                     : u'+' + legacy::plainText(position - Zero));
+                                                       : u'+' + legacy::plainText(position - Zero));
 }
 
 void PositionTrim::HS_A_Change(int index) {
@@ -98,9 +98,9 @@ void PositionTrim::ReadPositionTrim() {
         read_, 16,
         [](int k) { return command::line(QLatin1String(Groups[k / 4].read), k % 4 + 1); },
         {.answered = [&ui](int replies) {
-             if (replies % 4 == 0)
-                 ui.ProgressBar1->setValue(replies / 4 * 25);
-         }});
+            if (replies % 4 == 0)
+                ui.ProgressBar1->setValue(replies / 4 * 25);
+        }});
     if (read)
         ui.ProgressBar1->setVisible(false);
 }

@@ -69,7 +69,8 @@ QRect WallBoard::chipRect(int chip) const {
 }
 
 QRect WallBoard::wallRect() const {
-    const int columns = std::max<qsizetype>(1, (chips_.size() + chipsPerColumn() - 1) / chipsPerColumn());
+    const int columns =
+        std::max<qsizetype>(1, (chips_.size() + chipsPerColumn() - 1) / chipsPerColumn());
     const int chipsWidth = columns * (ChipWidth + Margin);
     const QRect area(Margin * 3 + chipsWidth, Margin, width() - chipsWidth - Margin * 4,
                      height() - Margin * 2);
@@ -292,9 +293,9 @@ void WallPlanner::build() {
             open(path);
     });
     connect(saveButton, &QPushButton::clicked, this, [this] {
-        const QString path = QFileDialog::getSaveFileName(
-            this, QStringLiteral("Save wall plan"), QStringLiteral("wall.json"),
-            QStringLiteral("Wall plans (*.json)"));
+        const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save wall plan"),
+                                                          QStringLiteral("wall.json"),
+                                                          QStringLiteral("Wall plans (*.json)"));
         if (!path.isEmpty())
             save(path);
     });
@@ -329,8 +330,7 @@ void WallPlanner::present() {
 void WallPlanner::setWallSize(int rows, int cols) {
     plan_.rows = rows;
     plan_.cols = cols;
-    plan_.assignments.removeIf(
-        [&](const wallplan::Assignment& a) { return a.tile > rows * cols; });
+    plan_.assignments.removeIf([&](const wallplan::Assignment& a) { return a.tile > rows * cols; });
     showPlan();
 }
 
@@ -467,7 +467,8 @@ void WallPlanner::apply() {
         s.link(), targets, TimeoutMs,
         [&](ControllerClient& client, qsizetype i) {
             for (const wallplan::Assignment& a : outputs[i]) {
-                const auto lines = protocol::placementLines(plan_.rows, plan_.cols, a.output, a.tile);
+                const auto lines =
+                    protocol::placementLines(plan_.rows, plan_.cols, a.output, a.tile);
                 if (!lines) {
                     client.fail(lines.error);
                     return;
@@ -489,7 +490,9 @@ void WallPlanner::apply() {
     QStringList done, failed;
     for (qsizetype i = 0; i < targets.size(); ++i)
         if (failures[i].isEmpty())
-            done << QStringLiteral("%1: placed %2 output(s)").arg(targets[i].address).arg(outputs[i].size());
+            done << QStringLiteral("%1: placed %2 output(s)")
+                        .arg(targets[i].address)
+                        .arg(outputs[i].size());
         else
             failed << failures[i];
     QString summary = QStringLiteral("Applied the wall plan to %1 of %2 controllers.")

@@ -100,9 +100,12 @@ void Form1::buildStopWaiting() {
 // controller's connection state, what a running wait waits for, and Help, About.
 void Form1::buildMonitor() {
     Session& s = *session_;
-    traffic_ = new TrafficLog(s.link(), [&s](int i) {
-        return QStringLiteral("%1  %2").arg(s.ui().cbo_ipaddr->itemText(i), s.address(i));
-    }, this);
+    traffic_ = new TrafficLog(
+        s.link(),
+        [&s](int i) {
+            return QStringLiteral("%1  %2").arg(s.ui().cbo_ipaddr->itemText(i), s.address(i));
+        },
+        this);
     icons_ = new ConnectionIcons(s);
     icons_->setParent(this);
     auto* waiting = new QLabel;
@@ -114,7 +117,8 @@ void Form1::buildMonitor() {
     showMonitor_ = new QAction(QStringLiteral("&Traffic monitor"), this);
     showMonitor_->setCheckable(true);
     showMonitor_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
-    connect(showMonitor_, &QAction::toggled, this, [this](bool shown) { monitor().setVisible(shown); });
+    connect(showMonitor_, &QAction::toggled, this,
+            [this](bool shown) { monitor().setVisible(shown); });
     menuBar()->addMenu(QStringLiteral("&View"))->addAction(showMonitor_);
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     help->addAction(QStringLiteral("&About Panomat Set"), this, &Form1::showAbout);
@@ -140,7 +144,8 @@ TrafficMonitor& Form1::monitor() {
 
 WallPlanner& Form1::planner() {
     if (!planner_)
-        planner_ = new WallPlanner(*session_, [this] { RefreshAll(); }, this);
+        planner_ = new WallPlanner(
+            *session_, [this] { RefreshAll(); }, this);
     return *planner_;
 }
 
@@ -188,7 +193,8 @@ void Form1::buildFeatures() {
 
 // Procedures over the window's own connections that work on many controllers at once.
 void Form1::buildMenus() {
-    backup_ = std::make_unique<SettingsBackup>(*session_, [this] { RefreshAll(); }, this);
+    backup_ = std::make_unique<SettingsBackup>(
+        *session_, [this] { RefreshAll(); }, this);
     QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
     file->addAction(QStringLiteral("&Save controller settings..."), this,
                     [this] { backup_->saveAsked(); });
@@ -200,8 +206,8 @@ void Form1::buildMenus() {
 
 // Every chunk meets the handlers in this order; each acts only on its own key and step.
 void Form1::addReplyHandlers() {
-    auto add = [this](auto* feature, void (std::remove_pointer_t<decltype(feature)>::*handler)(
-                                         const QString&)) {
+    auto add = [this](auto* feature,
+                      void (std::remove_pointer_t<decltype(feature)>::*handler)(const QString&)) {
         dispatcher_->add([feature, handler](const QString& reply) { (feature->*handler)(reply); });
     };
     add(statusRead_.get(), &StatusRead::HandleStatusReply);

@@ -111,17 +111,21 @@ void TestCtl::backupChangeRestore() {
 
     run = ctl({"restore", file("b.json"), "--dry-run"});
     QCOMPARE(run.exit, 0);
-    QVERIFY2(run.out.contains("brightness.b: 12 -> 50") && run.out.contains("trim.v_end.d: -40 -> 0") &&
+    QVERIFY2(run.out.contains("brightness.b: 12 -> 50") &&
+                 run.out.contains("trim.v_end.d: -40 -> 0") &&
                  run.out.contains("127.67.0.3: nothing to change"),
              qPrintable(run.out));
     QCOMPARE(controllers_[0]->state(), changed);
 
     run = ctl({"restore", file("b.json")});
     QCOMPARE(run.exit, 0);
-    QVERIFY2(run.out.contains("127.67.0.2: wrote 3 settings, read back equal"), qPrintable(run.out));
+    QVERIFY2(run.out.contains("127.67.0.2: wrote 3 settings, read back equal"),
+             qPrintable(run.out));
     QCOMPARE(controllers_[0]->state(), before);
-    run = ctl({"get", "brightness.b", "trim.v_end.d", "network.address", "--host", address(0), "--json"});
-    QVERIFY(run.out.contains("\"brightness.b\": 50") && run.out.contains("\"network.address\": \"127.67.0.2\""));
+    run = ctl(
+        {"get", "brightness.b", "trim.v_end.d", "network.address", "--host", address(0), "--json"});
+    QVERIFY(run.out.contains("\"brightness.b\": 50") &&
+            run.out.contains("\"network.address\": \"127.67.0.2\""));
 }
 
 // A replacement gets every writable setting of the controller it replaces.
@@ -141,7 +145,8 @@ void TestCtl::restoreOntoAReplacement() {
 }
 
 void TestCtl::wallPlanAppliedToFourControllers() {
-    Run run = ctl({"wall", "plan", "--rows", "4", "--cols", "4", "--host", hosts(4), "-o", file("p.json")});
+    Run run = ctl(
+        {"wall", "plan", "--rows", "4", "--cols", "4", "--host", hosts(4), "-o", file("p.json")});
     QCOMPARE(run.exit, 0);
     run = ctl({"wall", "apply", file("p.json")});
     QCOMPARE(run.exit, 0);
@@ -154,7 +159,8 @@ void TestCtl::wallPlanAppliedToFourControllers() {
                      4 * i + output + 1);
     }
     // Two controllers on a 3 x 4 wall leave tiles 9-12 to nobody: said, and still applied.
-    run = ctl({"wall", "plan", "--rows", "3", "--cols", "4", "--host", hosts(2), "-o", file("q.json")});
+    run = ctl(
+        {"wall", "plan", "--rows", "3", "--cols", "4", "--host", hosts(2), "-o", file("q.json")});
     QVERIFY(run.err.contains("tiles without an output: 9, 10, 11, 12"));
     QCOMPARE(ctl({"wall", "apply", file("q.json")}).exit, 0);
 }
@@ -169,24 +175,29 @@ void TestCtl::badInputSendsNothing_data() {
                                      << QByteArray() << "did you mean brightness.a";
     QTest::newRow("out of range") << QStringList{"set", "osd.h_offset=21", "--host", "127.67.0.2"}
                                   << QByteArray() << "0..20";
-    QTest::newRow("second value bad") << QStringList{"set", "hue.a=5", "trim.h_end.b=300", "--host", "127.67.0.2"}
-                                      << QByteArray() << "-255..255";
-    QTest::newRow("read only") << QStringList{"set", "firmware=1", "--host", "127.67.0.2"} << QByteArray()
-                               << "cannot be written";
-    QTest::newRow("not an address") << QStringList{"get", "--host", "127.1"} << QByteArray()
-                                    << "not a dotted IPv4 address";
+    QTest::newRow("second value bad")
+        << QStringList{"set", "hue.a=5", "trim.h_end.b=300", "--host", "127.67.0.2"} << QByteArray()
+        << "-255..255";
+    QTest::newRow("read only") << QStringList{"set", "firmware=1", "--host", "127.67.0.2"}
+                               << QByteArray() << "cannot be written";
+    QTest::newRow("not an address")
+        << QStringList{"get", "--host", "127.1"} << QByteArray() << "not a dotted IPv4 address";
     QTest::newRow("no targets") << QStringList{"get"} << QByteArray() << "--host";
-    QTest::newRow("malformed json") << QStringList{"restore", "FILE"} << QByteArray("{\n  \"format\": \"panomat-settings/1\",\n  oops\n}")
-                                    << "at line 3, column";
-    QTest::newRow("other format") << QStringList{"restore", "FILE"} << QByteArray(R"({"format": "panomat-settings/2"})")
+    QTest::newRow("malformed json")
+        << QStringList{"restore", "FILE"}
+        << QByteArray("{\n  \"format\": \"panomat-settings/1\",\n  oops\n}") << "at line 3, column";
+    QTest::newRow("other format") << QStringList{"restore", "FILE"}
+                                  << QByteArray(R"({"format": "panomat-settings/2"})")
                                   << "expected \"panomat-settings/1\"";
     QTest::newRow("value out of range in file")
         << QStringList{"restore", "FILE"}
-        << QByteArray(R"({"format": "panomat-settings/1", "controllers": [{"address": "127.67.0.2", "settings": {"brightness.a": 101}}]})")
+        << QByteArray(
+               R"({"format": "panomat-settings/1", "controllers": [{"address": "127.67.0.2", "settings": {"brightness.a": 101}}]})")
         << "brightness.a";
-    QTest::newRow("tile beyond the wall") << QStringList{"wall", "apply", "FILE"} << plan
-                                          << "tile 5 is not on a 2 x 2 wall";
-    QTest::newRow("missing file") << QStringList{"restore", "FILE"} << QByteArray() << "No such file";
+    QTest::newRow("tile beyond the wall")
+        << QStringList{"wall", "apply", "FILE"} << plan << "tile 5 is not on a 2 x 2 wall";
+    QTest::newRow("missing file") << QStringList{"restore", "FILE"} << QByteArray()
+                                  << "No such file";
 }
 
 void TestCtl::badInputSendsNothing() {
@@ -205,10 +216,14 @@ void TestCtl::badInputSendsNothing() {
 void TestCtl::faultsAreNamedAndTheOthersDone_data() {
     QTest::addColumn<QString>("fault");
     QTest::addColumn<QString>("message");
-    QTest::newRow("silent") << "silent" << "127.67.0.3: no reply to RBRI 1 within 300 ms";
-    QTest::newRow("closes") << "drop" << "127.67.0.3: closed the connection";
-    QTest::newRow("unreachable") << "stopped" << "127.67.0.3: Connection refused";
-    QTest::newRow("wrong key") << "garbage" << "127.67.0.3: answered RBRI 1 with ZZZZ\\x01\\r";
+    QTest::newRow("silent") << "silent"
+                            << "127.67.0.3: no reply to RBRI 1 within 300 ms";
+    QTest::newRow("closes") << "drop"
+                            << "127.67.0.3: closed the connection";
+    QTest::newRow("unreachable") << "stopped"
+                                 << "127.67.0.3: Connection refused";
+    QTest::newRow("wrong key") << "garbage"
+                               << "127.67.0.3: answered RBRI 1 with ZZZZ\\x01\\r";
 }
 
 // One controller fails; the others are read and printed, and the exit status is 1.
@@ -232,7 +247,8 @@ void TestCtl::faultsAreNamedAndTheOthersDone() {
             connect(s, &QTcpSocket::readyRead, s, [s] { s->write("ZZZZ\x01\r\r\n"); });
         });
     }
-    const Run run = ctl({"get", "brightness.a", "contrast.a", "--host", hosts(3), "--timeout", "300"});
+    const Run run =
+        ctl({"get", "brightness.a", "contrast.a", "--host", hosts(3), "--timeout", "300"});
     QCOMPARE(run.exit, 1);
     QVERIFY2(run.err.contains(message), qPrintable(run.err));
     QVERIFY(run.err.contains("1 of 3 controllers failed; the others are done"));

@@ -8,8 +8,8 @@
 #include "support/bench.h"
 
 #include <QLabel>
-#include <QPushButton>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTableView>
 #include <QTemporaryDir>
 
@@ -61,7 +61,8 @@ void TestMonitor::recordsTheWireInOrder() {
     const QList<QByteArray> lines = bench_->sim.controller(1)->received();
     QVERIFY(lines.size() > 20);
     QStringList sent, answers;
-    sim::ControllerState replay = sim::ControllerState::factory(1, QHostAddress(Addresses[0]).toIPv4Address());
+    sim::ControllerState replay =
+        sim::ControllerState::factory(1, QHostAddress(Addresses[0]).toIPv4Address());
     for (const QByteArray& line : lines) {
         sent << visibleText(line + "\r\n");
         const QByteArray reply = sim::handleCommand(replay, line).reply;
@@ -97,8 +98,9 @@ void TestMonitor::filtersBoundsAndSaves() {
     QFile saved(dir.filePath("t.csv"));
     QVERIFY(saved.open(QIODevice::ReadOnly));
     QCOMPARE(saved.readAll(), QByteArray("Time,Controller,Direction,Text,Reply after\n") +
-                                   rows->index(0, 0).data().toString().toLatin1() + "," +
-                                   rows->index(0, 1).data().toString().toLatin1() + ",sent,RBEZ\\r\\n,\n");
+                                  rows->index(0, 0).data().toString().toLatin1() + "," +
+                                  rows->index(0, 1).data().toString().toLatin1() +
+                                  ",sent,RBEZ\\r\\n,\n");
     QVERIFY(!monitor.saveTo(dir.filePath("no/such/folder/t.txt")));
     QVERIFY(bench_->boxes.texts().last().startsWith("Cannot save the traffic to"));
 
@@ -142,17 +144,20 @@ void TestMonitor::statusBarNamesThePendingReply() {
     silent.silent = {"RBY"};
     bench_->sim.controller(1)->setFaults(silent);
     QStringList seen;
-    driver::when(&bench_->form, [&] { return label->text().contains("BYPA"); }, [&] {
-        seen << label->text();
-        QTimer::singleShot(5500, &bench_->form, [&] {
+    driver::when(
+        &bench_->form, [&] { return label->text().contains("BYPA"); },
+        [&] {
             seen << label->text();
-            bench_->form.StopWaiting();
+            QTimer::singleShot(5500, &bench_->form, [&] {
+                seen << label->text();
+                bench_->form.StopWaiting();
+            });
         });
-    });
     driver::click(bench_->form.ui.btn_sys_refresh);
     QCOMPARE(seen.size(), 2);
     QCOMPARE(seen[0], "Status read: waiting for BYPA from 127.69.0.1 for 0 s");
-    QVERIFY2(seen[1].startsWith("Status read: waiting for BYPA from 127.69.0.1 for 5 s - no reply yet;") &&
+    QVERIFY2(seen[1].startsWith(
+                 "Status read: waiting for BYPA from 127.69.0.1 for 5 s - no reply yet;") &&
                  seen[1].contains("Stop waiting"),
              qPrintable(seen[1]));
     QCOMPARE(label->text(), QString());

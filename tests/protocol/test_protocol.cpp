@@ -72,9 +72,9 @@ void TestProtocol::lines_data() {
     row("power", "1", "SPOW 1\r\n", "POWE");
     row("model", "2", "SMDN 2\r\n", "");
     row("network.mode", "0", "SIPM 0\r\n", "IPMD");
-    row("network.address", "192.168.1.10", "SIPA 192.168.001.010\r\n", "IPA0");
+    row("network.address", "127.40.1.10", "SIPA 127.040.001.010\r\n", "IPA0");
     row("network.mask", "255.255.255.0", "SMAA 255.255.255.000\r\n", "MAA0");
-    row("network.gateway", "192.168.1.1", "SGAA 192.168.001.001\r\n", "GAA0");
+    row("network.gateway", "127.40.1.1", "SGAA 127.040.001.001\r\n", "GAA0");
     // Trims: the sign in the keyword, the magnitude after two blanks; zero is plus.
     row("trim.h_start.b", "-55", "SMCHS  2 55\r\n", "");
     row("trim.h_end.b", "45", "SPCHE  2 45\r\n", "");
@@ -144,11 +144,11 @@ void TestProtocol::replies_data() {
     row("trim.h_start.a", "CHSC001MHSV055\r\n", "-55");
     row("trim.v_end.b", "CVEC002PHSV009", "-9");
     row("trim.h_end.b", "CHSC002PHSV009", "!expected CHEC");
-    const QString block = "IP00192IP01168IP02001IP03010MA00255MA01255MA02255MA03000"
-                          "GA00192GA01168GA02001GA03001\r\n";
-    row("network.address", block, "192.168.1.10");
+    const QString block = "IP00127IP01040IP02001IP03010MA00255MA01255MA02255MA03000"
+                          "GA00127GA01040GA02001GA03001\r\n";
+    row("network.address", block, "127.40.1.10");
     row("network.mask", block, "255.255.255.0");
-    row("network.gateway", block, "192.168.1.1");
+    row("network.gateway", block, "127.40.1.1");
     row("network.gateway", block.left(70), "!no octet 3 of network.gateway");
     row("wall.cols", "MNCM", "!wall.cols cannot be read");
 }
@@ -176,8 +176,8 @@ void TestProtocol::values_data() {
     row("model", "abc", "!model takes a whole number 0..255, not 'abc'");
     row("network.address", "127.020.001.099", "127.20.1.99");
     row("network.mask", "255.255.0", "!network.mask takes a dotted IPv4 address, not '255.255.0'");
-    row("network.gateway", "10.0.0.256",
-        "!network.gateway takes a dotted IPv4 address, not '10.0.0.256'");
+    row("network.gateway", "127.0.0.256",
+        "!network.gateway takes a dotted IPv4 address, not '127.0.0.256'");
     row("brightness.e", "1", "?");
     row("brightness", "1", "?");
     row("Power", "1", "?");

@@ -34,7 +34,7 @@ private slots:
         QTest::addColumn<int>("box"); // the setting's own "ALL IP" box
         QTest::addColumn<QString>("action");
         QTest::addColumn<QString>("result"); // the line sent, the warning of a refusal, or nothing
-                                             // clang-format off
+        // clang-format off
         QTest::newRow("Native") << "cbo_reso" << 0 << "#16" << "SRES 16";
         QTest::newRow("OSD display") << "cbo_info_play" << 1 << "#1" << "SOSDD 1";
         QTest::newRow("H pick") << "cbo_osd(0)" << 2 << "#20" << "SOSDH 20";
@@ -53,12 +53,11 @@ private slots:
         QTest::newRow("V 21") << "cbo_osd(1)" << 3 << "21\r" << "Please type 0 ~ 20";
         QTest::newRow("V abc") << "cbo_osd(1)" << 3 << "abc\r" << "Please type 0 ~ 20";
         QTest::newRow("gain 11") << "cbo_osd_gain" << 5 << "11\r" << "Please type 0 ~ 10";
-                                             // clang-format on
+        // clang-format on
     }
 
     // To the selected controller, or to all with the setting's own box ticked. While the page is
-    // read or reset, picks and option clicks are held back, Enter is not. With the link down the
-    // first key or the pick is refused; two settings keep the model.
+    // read or reset, picks and option clicks are held back, Enter is not.
     void setters() {
         QFETCH(QString, control);
         QFETCH(int, box);

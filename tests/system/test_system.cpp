@@ -54,9 +54,8 @@ private slots:
     }
 
     // The model number goes to the selected controller whatever the boxes say, never while the
-    // status read sets the list. With the link down the factory reset and the model are refused,
-    // and the model's selection goes.
-    void modelAndLinkDown() {
+    // status read sets the list.
+    void model() {
         Bench bench("127.42.3.1", 3);
         bench.connect(1);
         setSetting(bench.device(1), "model", 2);

@@ -168,7 +168,7 @@ int main(int argc, char* argv[]) {
     if (!mkdtemp(folder))
         fail("mkdtemp");
     const std::string env = "ZEDA_HOSTS=" + hosts;
-    const Prober::Settings settings;
+    const ProbeSettings settings;
     auto search = [&] {
         const double start = bench::nowMs();
         runToEnd({BENCH_BIN_DIR "/ZEDA.exe", "--output-dir", folder}, env.c_str());

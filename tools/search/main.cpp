@@ -1,106 +1,172 @@
 // ZEDA.exe: finds the video-wall controllers among the hosts its configuration names
 // and writes MAC.txt and IP.txt for the configuration tool: beside itself, or where
 // --output-dir says (an installed tool cannot write its own folder).
+//
+// The program is plain C++ on POSIX sockets. It lives for one search, and the
+// operator waits for the whole of it: on a fast network, loading a toolkit would be
+// most of that time.
 
 #include "zedahosts.h"
 #include "zedaprobe.h"
 #include "zedaresults.h"
 
-#include <QCommandLineParser>
-#include <QCoreApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QStandardPaths>
+#include <cerrno>
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+
+namespace fs = std::filesystem;
 
 namespace {
 
-void say(const QString& text) {
-    std::fprintf(stderr, "ZEDA: %s\n", qPrintable(text));
+constexpr char Usage[] =
+    "Usage: ZEDA.exe [options]\n"
+    "Probes the configured hosts on TCP port 23 for video-wall controllers\n"
+    "and writes MAC.txt and IP.txt beside the program.\n"
+    "\n"
+    "Options:\n"
+    "  -h, --help              Displays help on commandline options.\n"
+    "  -v, --version           Displays version information.\n"
+    "  --output-dir <dir>      Write the result files into <dir> instead.\n";
+
+void say(const std::string& text) {
+    std::fprintf(stderr, "ZEDA: %s\n", text.c_str());
+}
+
+std::string plural(size_t n, const char* noun) {
+    return std::to_string(n) + ' ' + noun + (n == 1 ? "" : "s");
+}
+
+// The folder the program runs from: the shipped host list lies there, and the
+// result files go there unless told otherwise.
+std::string programFolder(const char* argv0) {
+    std::error_code error;
+    const fs::path self = fs::read_symlink("/proc/self/exe", error);
+    return (error ? fs::absolute(argv0, error) : self).parent_path().string();
+}
+
+// The first `name` in the user's XDG configuration folder (~/.config), then in the
+// system's ($XDG_CONFIG_DIRS, /etc/xdg when unset).
+std::optional<std::string> locateConfig(const std::string& name) {
+    std::vector<std::string> folders;
+    const char* home = std::getenv("XDG_CONFIG_HOME");
+    if (home && *home == '/')
+        folders.emplace_back(home);
+    else if (const char* user = std::getenv("HOME"))
+        folders.push_back(std::string(user) + "/.config");
+    const char* dirs = std::getenv("XDG_CONFIG_DIRS");
+    std::istringstream system(dirs && *dirs ? dirs : "/etc/xdg");
+    for (std::string folder; std::getline(system, folder, ':');)
+        if (!folder.empty() && folder.front() == '/')
+            folders.push_back(folder);
+    for (const std::string& folder : folders) {
+        std::error_code error;
+        if (fs::is_regular_file(folder + '/' + name, error))
+            return folder + '/' + name;
+    }
+    return std::nullopt;
 }
 
 // The environment variable wins; then the user's panomat-set/ZEDA.conf in the XDG
 // configuration folder (~/.config), the system's (/etc/xdg), and last the list that
 // ships beside the program.
-HostList configuredHosts(const QString& folder) {
-    const QString fromEnv = qEnvironmentVariable("ZEDA_HOSTS").trimmed();
-    if (!fromEnv.isEmpty()) {
-        say(QStringLiteral("hosts from ZEDA_HOSTS"));
+HostList configuredHosts(const std::string& folder) {
+    const char* fromEnv = std::getenv("ZEDA_HOSTS");
+    if (fromEnv && std::string_view(fromEnv).find_first_not_of(" \t\r\n") != std::string::npos) {
+        say("hosts from ZEDA_HOSTS");
         return parseHostList(fromEnv);
     }
-    QString path = QStandardPaths::locate(QStandardPaths::GenericConfigLocation,
-                                          QStringLiteral("panomat-set/ZEDA.conf"));
-    if (path.isEmpty())
-        path = QDir(folder).filePath(QStringLiteral("ZEDA.conf"));
-    QFile conf(path);
-    if (!conf.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        say(QStringLiteral("no hosts to probe: %1 cannot be read (%2) and ZEDA_HOSTS is not set")
-                .arg(QDir::toNativeSeparators(conf.fileName()), conf.errorString()));
+    const std::string path =
+        locateConfig("panomat-set/ZEDA.conf").value_or(folder + "/ZEDA.conf");
+    std::ifstream conf(path, std::ios::binary);
+    std::ostringstream text;
+    if (!conf || !(text << conf.rdbuf()) || conf.bad()) {
+        say("no hosts to probe: " + path + " cannot be read (" + std::strerror(errno) +
+            ") and ZEDA_HOSTS is not set");
         return {};
     }
-    say(QStringLiteral("hosts from %1").arg(QDir::toNativeSeparators(conf.fileName())));
-    return parseHostList(QString::fromUtf8(conf.readAll()));
+    say("hosts from " + path);
+    return parseHostList(text.str());
+}
+
+std::string neighbourTableText() {
+    std::ifstream arp("/proc/net/arp");
+    std::ostringstream text;
+    text << arp.rdbuf();
+    return text.str();
 }
 
 } // namespace
 
 int main(int argc, char* argv[]) {
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationVersion(QStringLiteral(PANOMAT_VERSION));
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Probes the configured hosts on TCP port 23 for video-wall controllers\n"
-                       "and writes MAC.txt and IP.txt beside the program."));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption outputDir(QStringLiteral("output-dir"),
-                                       QStringLiteral("Write the result files into <dir> instead."),
-                                       QStringLiteral("dir"));
-    parser.addOption(outputDir);
-    parser.process(app);
-    const QString folder = QCoreApplication::applicationDirPath();
-    const QString results = parser.isSet(outputDir) ? parser.value(outputDir) : folder;
-    QElapsedTimer clock;
-    clock.start();
+    std::optional<std::string> outputDir;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view arg = argv[i];
+        if (arg == "-h" || arg == "--help") {
+            std::fputs(Usage, stdout);
+            return 0;
+        }
+        if (arg == "-v" || arg == "--version") {
+            std::printf("ZEDA.exe %s\n", PANOMAT_VERSION);
+            return 0;
+        }
+        if (arg == "--output-dir" && i + 1 < argc)
+            outputDir = argv[++i];
+        else if (arg.rfind("--output-dir=", 0) == 0)
+            outputDir = std::string(arg.substr(std::strlen("--output-dir=")));
+        else {
+            std::fprintf(stderr, "ZEDA.exe: %s '%s'.\n\n%s",
+                         arg == "--output-dir" ? "Missing value after" : "Unknown option",
+                         argv[i], Usage);
+            return 1;
+        }
+    }
+    const std::string folder = programFolder(argv[0]);
+    const std::string results = outputDir.value_or(folder);
+    const auto started = std::chrono::steady_clock::now();
 
     const HostList list = configuredHosts(folder);
-    for (const QString& e : list.errors)
-        say(QStringLiteral("ignored %1").arg(e));
-    say(QStringLiteral("probing %1 host%2 on port 23")
-            .arg(list.hosts.size())
-            .arg(list.hosts.size() == 1 ? "" : "s"));
+    for (const std::string& e : list.errors)
+        say("ignored " + e);
+    say("probing " + plural(list.hosts.size(), "host") + " on port 23");
 
-    Prober prober(Prober::Settings{});
-    QObject::connect(&prober, &Prober::controllerFound, [](quint32 a, const QByteArray& version) {
-        say(QStringLiteral("controller at %1 (%2)").arg(ipv4Text(a), QString::fromLatin1(version)));
-    });
-    QObject::connect(&prober, &Prober::finished, &app, &QCoreApplication::quit);
-    prober.start(list.hosts);
-    app.exec();
-
-    QFile arp(QStringLiteral("/proc/net/arp"));
-    const QHash<quint32, QString> neighbours = arp.open(QIODevice::ReadOnly)
-                                                   ? parseNeighbourTable(arp.readAll())
-                                                   : QHash<quint32, QString>{};
-    QList<FoundDevice> devices;
-    for (const Prober::Found& f : prober.found())
-        devices.append({f.address, neighbours.value(f.address, derivedMac(f.address))});
-
-    QString error;
-    if (!QDir().mkpath(results))
-        error = QStringLiteral("cannot create %1").arg(QDir::toNativeSeparators(results));
-    if (!error.isEmpty() || !writeResultFiles(results, devices, &error)) {
+    std::vector<ProbeFound> controllers;
+    std::string error;
+    const auto announce = [](const ProbeFound& f) {
+        say("controller at " + ipv4Text(f.address) + " (" + f.version + ")");
+    };
+    if (!probeHosts(list.hosts, ProbeSettings{}, announce, &controllers, &error)) {
         say(error);
         return 1;
     }
-    say(QStringLiteral(
-            "%1 controller%2 found among %3 host%4 in %5 s; MAC.txt and IP.txt written to %6")
-            .arg(devices.size())
-            .arg(devices.size() == 1 ? "" : "s")
-            .arg(list.hosts.size())
-            .arg(list.hosts.size() == 1 ? "" : "s")
-            .arg(clock.elapsed() / 1000.0, 0, 'f', 1)
-            .arg(QDir::toNativeSeparators(results)));
+
+    const auto neighbours = parseNeighbourTable(neighbourTableText());
+    std::vector<FoundDevice> devices;
+    for (const ProbeFound& f : controllers) {
+        const auto known = neighbours.find(f.address);
+        devices.push_back({f.address, known != neighbours.end() ? known->second : derivedMac(f.address)});
+    }
+
+    std::error_code made;
+    fs::create_directories(results, made);
+    if (made) {
+        say("cannot create " + results + ": " + made.message());
+        return 1;
+    }
+    if (!writeResultFiles(results, devices, &error)) {
+        say(error);
+        return 1;
+    }
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%.1f", took.count());
+    say(plural(devices.size(), "controller") + " found among " +
+        plural(list.hosts.size(), "host") + " in " + seconds + " s; MAC.txt and IP.txt written to " +
+        results);
     return 0;
 }

@@ -1,137 +1,155 @@
 #include "zedahosts.h"
 
-#include <QRegularExpression>
 #include <algorithm>
+#include <charconv>
 
 namespace {
 
-// Strict dotted quad, decimal octets: config files are written by hand and "010"
-// must not turn into 8.
-bool parseIpv4(const QString& text, quint32* out) {
-    const QStringList parts = text.split('.');
-    if (parts.size() != 4)
-        return false;
-    quint32 a = 0;
-    for (const QString& p : parts) {
-        bool ok = false;
-        const uint v = p.toUInt(&ok, 10);
-        if (!ok || p.isEmpty() || p.size() > 3 || v > 255)
-            return false;
-        a = (a << 8) | v;
-    }
-    *out = a;
-    return true;
+// A decimal number of one to `digits` digits and nothing else.
+std::optional<unsigned> decimal(std::string_view text, size_t digits) {
+    unsigned value = 0;
+    if (text.empty() || text.size() > digits)
+        return std::nullopt;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
 }
 
 struct Range {
-    quint32 lo, hi; // both included
+    uint32_t lo, hi; // both included
 };
 
-// The range of one entry; false with *why set when it is refused.
-bool parseEntry(const QString& entry, Range* out, QString* why) {
-    quint32 lo = 0, hi = 0;
-    if (const qsizetype slash = entry.indexOf('/'); slash >= 0) {
-        bool ok = false;
-        const int prefix = entry.mid(slash + 1).toInt(&ok);
-        if (!parseIpv4(entry.left(slash), &lo) || !ok || prefix < 0 || prefix > 32) {
-            *why = QStringLiteral("not a network in CIDR form");
-            return false;
+// The range of one entry, or the reason it is refused.
+std::optional<Range> parseEntry(std::string_view entry, std::string* why) {
+    Range r{};
+    if (const size_t slash = entry.find('/'); slash != entry.npos) {
+        const auto base = parseIpv4(entry.substr(0, slash));
+        const auto prefix = decimal(entry.substr(slash + 1), 2);
+        if (!base || !prefix || *prefix > 32) {
+            *why = "not a network in CIDR form";
+            return std::nullopt;
         }
-        const quint32 mask = prefix == 0 ? 0 : ~quint32(0) << (32 - prefix);
-        lo &= mask;
-        hi = lo | ~mask;
-        if (prefix <= 30) {
-            ++lo;
-            --hi;
+        const uint32_t mask = *prefix == 0 ? 0 : ~uint32_t(0) << (32 - *prefix);
+        r = {*base & mask, (*base & mask) | ~mask};
+        if (*prefix <= 30) {
+            ++r.lo;
+            --r.hi;
         }
-    } else if (const qsizetype dash = entry.indexOf('-'); dash >= 0) {
-        const QString end = entry.mid(dash + 1);
-        if (!parseIpv4(entry.left(dash), &lo)) {
-            *why = QStringLiteral("not an address, range or network");
-            return false;
+    } else if (const size_t dash = entry.find('-'); dash != entry.npos) {
+        const auto lo = parseIpv4(entry.substr(0, dash));
+        const std::string_view end = entry.substr(dash + 1);
+        std::optional<uint32_t> hi;
+        if (const auto octet = decimal(end, 3); lo && octet && *octet <= 255)
+            hi = (*lo & 0xFFFFFF00u) | *octet;
+        else
+            hi = parseIpv4(end);
+        if (!lo || !hi) {
+            *why = "not an address, range or network";
+            return std::nullopt;
         }
-        bool ok = false;
-        const uint octet = end.toUInt(&ok, 10);
-        if (ok && !end.isEmpty() && end.size() <= 3 && octet <= 255)
-            hi = (lo & 0xFFFFFF00u) | octet;
-        else if (!parseIpv4(end, &hi)) {
-            *why = QStringLiteral("not an address, range or network");
-            return false;
+        if (*hi < *lo) {
+            *why = "range ends before it starts";
+            return std::nullopt;
         }
-        if (hi < lo) {
-            *why = QStringLiteral("range ends before it starts");
-            return false;
-        }
+        r = {*lo, *hi};
+    } else if (const auto a = parseIpv4(entry)) {
+        r = {*a, *a};
     } else {
-        if (!parseIpv4(entry, &lo)) {
-            *why = QStringLiteral("not an address, range or network");
-            return false;
-        }
-        hi = lo;
+        *why = "not an address, range or network";
+        return std::nullopt;
     }
-    if (quint64(hi) - lo + 1 > quint64(HostList::MaxHosts)) {
-        *why = QStringLiteral("more than %1 hosts").arg(HostList::MaxHosts);
-        return false;
+    if (uint64_t(r.hi) - r.lo + 1 > uint64_t(HostList::MaxHosts)) {
+        *why = "more than " + std::to_string(HostList::MaxHosts) + " hosts";
+        return std::nullopt;
     }
-    *out = {lo, hi};
-    return true;
+    return r;
 }
 
 // Sorted ranges, overlapping and adjacent ones merged.
-QList<Range> merged(QList<Range> ranges) {
+std::vector<Range> merged(std::vector<Range> ranges) {
     std::sort(ranges.begin(), ranges.end(),
               [](const Range& a, const Range& b) { return a.lo < b.lo; });
-    QList<Range> out;
+    std::vector<Range> out;
     for (const Range& r : ranges) {
-        if (!out.isEmpty() && quint64(r.lo) <= quint64(out.last().hi) + 1)
-            out.last().hi = qMax(out.last().hi, r.hi);
+        if (!out.empty() && uint64_t(r.lo) <= uint64_t(out.back().hi) + 1)
+            out.back().hi = std::max(out.back().hi, r.hi);
         else
-            out.append(r);
+            out.push_back(r);
     }
     return out;
 }
 
+bool isSeparator(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f' || c == ',' || c == ';';
+}
+
+// The entries of one line, separated by blanks, commas or semicolons.
+void addEntries(std::string_view line, int n, std::vector<Range>* ranges,
+                std::vector<std::string>* errors) {
+    for (size_t start = 0; start < line.size();) {
+        size_t stop = start;
+        while (stop < line.size() && !isSeparator(line[stop]))
+            ++stop;
+        const std::string_view entry = line.substr(start, stop - start);
+        start = stop + 1;
+        if (entry.empty())
+            continue;
+        std::string why;
+        if (const auto range = parseEntry(entry, &why))
+            ranges->push_back(*range);
+        else
+            errors->push_back("line " + std::to_string(n) + ": '" + std::string(entry) + "': " + why);
+    }
+}
+
 } // namespace
+
+std::optional<uint32_t> parseIpv4(std::string_view text) {
+    uint32_t a = 0;
+    for (int part = 0; part < 4; ++part) {
+        const size_t dot = text.find('.');
+        if ((part == 3) != (dot == text.npos)) // exactly three dots
+            return std::nullopt;
+        const auto octet = decimal(text.substr(0, dot), 3);
+        if (!octet || *octet > 255)
+            return std::nullopt;
+        a = (a << 8) | *octet;
+        text.remove_prefix(part == 3 ? text.size() : dot + 1);
+    }
+    return a;
+}
 
 // Entries are kept as ranges and counted before any is expanded: a list of many
 // large entries, or the same one many times, must not take memory in proportion to
 // what it names.
-HostList parseHostList(const QString& text) {
+HostList parseHostList(std::string_view text) {
     HostList result;
-    QList<Range> ranges;
-    static const QRegularExpression separators(QStringLiteral("[\\s,;]+"));
-    const QStringList lines = text.split('\n');
-    for (int n = 0; n < lines.size(); ++n) {
-        QString line = lines[n];
-        if (const qsizetype hash = line.indexOf('#'); hash >= 0)
-            line.truncate(hash);
-        for (const QString& entry : line.split(separators, Qt::SkipEmptyParts)) {
-            Range range;
-            QString why;
-            if (parseEntry(entry, &range, &why))
-                ranges.append(range);
-            else
-                result.errors << QStringLiteral("line %1: '%2': %3").arg(n + 1).arg(entry, why);
-        }
+    std::vector<Range> ranges;
+    for (int n = 1;; ++n) {
+        const size_t eol = text.find('\n');
+        const std::string_view line = text.substr(0, eol);
+        addEntries(line.substr(0, line.find('#')), n, &ranges, &result.errors);
+        if (eol == text.npos)
+            break;
+        text.remove_prefix(eol + 1);
     }
-    const QList<Range> all = merged(ranges);
-    quint64 total = 0;
+    const std::vector<Range> all = merged(ranges);
+    uint64_t total = 0;
     for (const Range& r : all)
-        total += quint64(r.hi) - r.lo + 1;
-    if (total > quint64(HostList::MaxHosts))
-        result.errors << QStringLiteral("more than %1 hosts in all; only the first %1 are probed")
-                             .arg(HostList::MaxHosts);
-    result.hosts.reserve(qMin(total, quint64(HostList::MaxHosts)));
+        total += uint64_t(r.hi) - r.lo + 1;
+    if (total > uint64_t(HostList::MaxHosts))
+        result.errors.push_back("more than " + std::to_string(HostList::MaxHosts) +
+                                " hosts in all; only the first " +
+                                std::to_string(HostList::MaxHosts) + " are probed");
+    result.hosts.reserve(size_t(std::min(total, uint64_t(HostList::MaxHosts))));
     for (const Range& r : all)
-        for (quint64 a = r.lo; a <= r.hi && result.hosts.size() < HostList::MaxHosts; ++a)
-            result.hosts.append(quint32(a));
+        for (uint64_t a = r.lo; a <= r.hi && result.hosts.size() < size_t(HostList::MaxHosts); ++a)
+            result.hosts.push_back(uint32_t(a));
     return result;
 }
 
-QString ipv4Text(quint32 a) {
-    return QStringLiteral("%1.%2.%3.%4")
-        .arg(a >> 24)
-        .arg((a >> 16) & 0xFF)
-        .arg((a >> 8) & 0xFF)
-        .arg(a & 0xFF);
+std::string ipv4Text(uint32_t a) {
+    return std::to_string(a >> 24) + '.' + std::to_string((a >> 16) & 0xFF) + '.' +
+           std::to_string((a >> 8) & 0xFF) + '.' + std::to_string(a & 0xFF);
 }

@@ -1,8 +1,10 @@
 #pragma once
 
-#include <QList>
-#include <QString>
-#include <QStringList>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 // Which hosts the search probes. One entry per line (or separated by commas or blanks
 // in the environment variable), '#' starts a comment:
@@ -16,9 +18,11 @@ struct HostList {
     // to the first this many, counted before anything is expanded.
     static constexpr int MaxHosts = 65536;
 
-    QList<quint32> hosts; // sorted, no duplicates
-    QStringList errors;   // one text per refused entry, with its line number
+    std::vector<uint32_t> hosts;     // sorted, no duplicates
+    std::vector<std::string> errors; // one text per refused entry, with its line number
 };
 
-HostList parseHostList(const QString& text);
-QString ipv4Text(quint32 address);
+HostList parseHostList(std::string_view text);
+// "a.b.c.d" with decimal octets only: hand-written lists must not read "010" as 8.
+std::optional<uint32_t> parseIpv4(std::string_view text);
+std::string ipv4Text(uint32_t address);

@@ -1,70 +1,82 @@
 #include "zedaresults.h"
 
-#include <QDir>
-#include <QHostAddress>
-#include <QSaveFile>
+#include "zedahosts.h"
 
-QHash<quint32, QString> parseNeighbourTable(const QByteArray& text) {
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+std::unordered_map<uint32_t, std::string> parseNeighbourTable(std::string_view text) {
     // IP address  HW type  Flags  HW address  Mask  Device; the first line is a header.
-    QHash<quint32, QString> table;
-    const QList<QByteArray> lines = text.split('\n');
-    for (qsizetype i = 1; i < lines.size(); ++i) {
-        const QList<QByteArray> f = lines[i].simplified().split(' ');
-        if (f.size() < 4)
+    std::unordered_map<uint32_t, std::string> table;
+    std::istringstream lines{std::string(text)};
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line)) {
+        std::istringstream fields(line);
+        std::string ip, type, flags, mac;
+        if (!(fields >> ip >> type >> flags >> mac))
             continue;
-        bool ok = false;
-        const uint flags = f[2].toUInt(&ok, 16);
-        const QHostAddress ip(QString::fromLatin1(f[0]));
-        const QByteArray mac = f[3].toUpper();
-        if (!ok || flags == 0 || ip.protocol() != QHostAddress::IPv4Protocol || mac.size() != 17 ||
-            mac == "00:00:00:00:00:00")
+        const auto address = parseIpv4(ip);
+        const unsigned long f = std::strtoul(flags.c_str(), nullptr, 16);
+        if (!address || f == 0 || mac.size() != 17 || mac == "00:00:00:00:00:00")
             continue;
-        table.insert(ip.toIPv4Address(), QString::fromLatin1(mac).replace(':', '-'));
+        for (char& c : mac)
+            c = c == ':' ? '-' : char(std::toupper(static_cast<unsigned char>(c)));
+        table[*address] = mac;
     }
     return table;
 }
 
-QString derivedMac(quint32 a) {
-    return QStringLiteral("02-00-%1-%2-%3-%4")
-        .arg(a >> 24, 2, 16, QChar('0'))
-        .arg((a >> 16) & 0xFF, 2, 16, QChar('0'))
-        .arg((a >> 8) & 0xFF, 2, 16, QChar('0'))
-        .arg(a & 0xFF, 2, 16, QChar('0'))
-        .toUpper();
+std::string derivedMac(uint32_t a) {
+    char text[18];
+    std::snprintf(text, sizeof text, "02-00-%02X-%02X-%02X-%02X", a >> 24, (a >> 16) & 0xFF,
+                  (a >> 8) & 0xFF, a & 0xFF);
+    return text;
 }
 
-QByteArray macFileBytes(const QList<FoundDevice>& devices) {
-    QByteArray out;
+std::string macFileBytes(const std::vector<FoundDevice>& devices) {
+    std::string out;
     for (const FoundDevice& d : devices)
-        out += d.mac.toLatin1() + "\r\n";
+        out += d.mac + "\r\n";
     return out;
 }
 
-QByteArray ipFileBytes(const QList<FoundDevice>& devices) {
-    if (devices.isEmpty())
+std::string ipFileBytes(const std::vector<FoundDevice>& devices) {
+    if (devices.empty())
         return {};
-    QByteArray out;
-    for (const FoundDevice& d : devices)
-        for (int octet = 0; octet < 4; ++octet) {
-            if (octet > 0)
-                out += '.';
-            out +=
-                QByteArray::number((d.address >> (24 - 8 * octet)) & 0xFF).rightJustified(3, '0');
-        }
+    std::string out;
+    for (const FoundDevice& d : devices) {
+        const uint32_t a = d.address;
+        char text[16];
+        std::snprintf(text, sizeof text, "%03u.%03u.%03u.%03u", a >> 24, (a >> 16) & 0xFF,
+                      (a >> 8) & 0xFF, a & 0xFF);
+        out += text;
+    }
     return out + "\r\n";
 }
 
-bool writeResultFiles(const QString& folder, const QList<FoundDevice>& devices, QString* error) {
-    const QDir dir(folder);
-    const std::pair<const char*, QByteArray> files[] = {{"MAC.txt", macFileBytes(devices)},
-                                                        {"IP.txt", ipFileBytes(devices)}};
+// Each file is written beside the old one and renamed over it: the tool never sees a
+// half-written file, and the old contents are replaced whole. Nothing is synced to
+// disk: the tool reads the files at once, and a search lost to a power cut is simply
+// run again; on a fast network the sync would be most of the search's own time.
+bool writeResultFiles(const std::string& folder, const std::vector<FoundDevice>& devices,
+                      std::string* error) {
+    const std::pair<const char*, std::string> files[] = {{"MAC.txt", macFileBytes(devices)},
+                                                         {"IP.txt", ipFileBytes(devices)}};
     for (const auto& [name, bytes] : files) {
-        // QSaveFile writes beside the old file and renames it over: the tool never
-        // sees a half-written file, and the old contents are replaced whole.
-        QSaveFile file(dir.filePath(QString::fromLatin1(name)));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() ||
-            !file.commit()) {
-            *error = QStringLiteral("cannot write %1: %2").arg(file.fileName(), file.errorString());
+        const std::string path = folder + '/' + name;
+        const std::string scratch = path + '.' + std::to_string(getpid()) + ".new";
+        std::ofstream file(scratch, std::ios::binary | std::ios::trunc);
+        file.write(bytes.data(), std::streamsize(bytes.size()));
+        file.close();
+        if (!file || std::rename(scratch.c_str(), path.c_str()) != 0) {
+            *error = "cannot write " + path + ": " + std::strerror(errno);
+            std::remove(scratch.c_str());
             return false;
         }
     }

@@ -2,11 +2,14 @@
 // own window (window_app, built like panomat-set) or a Qt Widgets window with one
 // label (window_bare, the floor). The start-up and idle-memory benchmarks run these.
 //
-// "shown" is written once the window has been exposed and its first frame painted.
-// With --exit the program then ends at once; without, it stays idle until killed.
+// "shown WxH" (the window's size) is written once the window has been exposed and its
+// first frame painted. With --exit the program then ends at once; without, it stays
+// idle until killed. window_bare takes --size WxH: the floor shows a window as large
+// as the tool's, since a window's backing store and first frame grow with its area.
 
 #include <QApplication>
 #include <QTimer>
+#include <cstdio>
 #include <cstring>
 #include <unistd.h>
 
@@ -26,14 +29,15 @@ namespace {
 // runs after that.
 class FirstFrame : public QObject {
 public:
-    explicit FirstFrame(bool exitAfter) : exitAfter_(exitAfter) {}
+    FirstFrame(const QWidget& window, bool exitAfter) : window_(window), exitAfter_(exitAfter) {}
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() == QEvent::Expose && watched->isWindowType() && !said_) {
             said_ = true;
             QTimer::singleShot(0, [this] {
-                (void)!write(STDOUT_FILENO, "shown\n", 6);
+                std::printf("shown %dx%d\n", window_.width(), window_.height());
+                std::fflush(stdout);
                 if (exitAfter_)
                     _exit(0);
             });
@@ -42,6 +46,7 @@ protected:
     }
 
 private:
+    const QWidget& window_;
     bool exitAfter_;
     bool said_ = false;
 };
@@ -49,11 +54,20 @@ private:
 } // namespace
 
 int main(int argc, char* argv[]) {
-    const bool exitAfter = argc > 1 && !std::strcmp(argv[1], "--exit");
+    bool exitAfter = false;
+    int width = 0, height = 0;
+    for (int i = 1; i < argc; ++i) {
+        if (!std::strcmp(argv[i], "--exit"))
+            exitAfter = true;
+        else if (!std::strcmp(argv[i], "--size") && i + 1 < argc)
+            std::sscanf(argv[++i], "%dx%d", &width, &height);
+    }
     QApplication::setApplicationName(QStringLiteral("Panomat Set"));
     QApplication app(argc, argv);
     Window window;
-    FirstFrame frame(exitAfter);
+    if (width > 0 && height > 0)
+        window.resize(width, height);
+    FirstFrame frame(window, exitAfter);
     app.installEventFilter(&frame);
     window.show();
     return app.exec();

@@ -5,7 +5,9 @@
 
 #include <csignal>
 #include <poll.h>
+#include <cstring>
 #include <string>
+#include <vector>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,7 +21,8 @@ const char* const Method =
     "\n"
     "Figure: window_app, the tool's main window built as panomat-set builds it (Form1\n"
     "with its start-up, not connected). Floor: window_bare, a Qt Widgets window with\n"
-    "one label. Each is started, shown on the display, left idle for one second after\n"
+    "one label, as large as the tool's window (its backing store grows with the area).\n"
+    "Each is started, shown on the display, left idle for one second after\n"
     "its first frame, and then its VmRSS is read from /proc and the process ended. The\n"
     "two run in turn, the order swapped every pair. Prints median, min and max of each\n"
     "side in MiB and the ratio of the medians.\n"
@@ -33,7 +36,8 @@ const char* const Method =
     "\n"
     "Figure: window_app, the tool's main window built as panomat-set builds it (Form1\n"
     "with its start-up: controls, lists filled, not connected). Floor: window_bare, a\n"
-    "Qt Widgets window with one label. The clock runs from just before the process is\n"
+    "Qt Widgets window with one label, as large as the tool's window. The clock runs\n"
+    "from just before the process is\n"
     "forked until it reports that its window has been exposed and its first frame\n"
     "painted; the process then exits. The two run in turn, the order swapped every\n"
     "pair, after two unrecorded pairs. Prints median, min and max of each side and the\n"
@@ -63,35 +67,46 @@ double residentMiB(pid_t pid) {
     return double(kib) / 1024;
 }
 
-// One run of a program: milliseconds to its window shown, or MiB resident at rest.
-double run(const std::string& program) {
+struct Run {
+    double value; // milliseconds to the window shown, or MiB resident at rest
+    std::string size; // the window's, "WxH"
+};
+
+// One run of a program with its arguments.
+Run run(const std::vector<std::string>& command) {
     int out[2];
     if (pipe(out) != 0)
         fail("pipe");
+    std::vector<char*> argv;
+    for (const std::string& a : command)
+        argv.push_back(const_cast<char*>(a.c_str()));
+    if (!Memory)
+        argv.push_back(const_cast<char*>("--exit"));
+    argv.push_back(nullptr);
     const double start = bench::nowMs();
     const pid_t pid = fork();
     if (pid == 0) {
         dup2(out[1], STDOUT_FILENO);
         close(out[0]);
         close(out[1]);
-        execl(program.c_str(), program.c_str(), Memory ? nullptr : "--exit", nullptr);
+        execv(argv[0], argv.data());
         _exit(127);
     }
     close(out[1]);
-    char said[16] = {};
+    char said[64] = {};
     pollfd ready{out[0], POLLIN, 0};
     const bool shown = poll(&ready, 1, 20000) == 1 && read(out[0], said, sizeof said - 1) > 0 &&
-                       std::string(said).rfind("shown", 0) == 0;
+                       std::string(said).rfind("shown ", 0) == 0;
     const double elapsed = bench::nowMs() - start;
     if (!shown) {
         kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);
-        fail(program + " did not show its window (is there a display?)");
+        fail(command[0] + " did not show its window (is there a display?)");
     }
-    double result = elapsed;
+    Run result{elapsed, std::string(said + 6, std::strcspn(said + 6, "\n"))};
     if (Memory) {
         usleep(1000 * 1000);
-        result = residentMiB(pid);
+        result.value = residentMiB(pid);
         kill(pid, SIGTERM);
     }
     waitpid(pid, nullptr, 0);
@@ -103,16 +118,17 @@ double run(const std::string& program) {
 
 int main(int argc, char* argv[]) {
     const int runs = bench::parseRuns(argc, argv, Memory ? 5 : 20, Method);
-    const std::string app = BENCH_DIR "/window_app";
-    const std::string bare = BENCH_DIR "/window_bare";
+    const std::vector<std::string> app = {BENCH_DIR "/window_app"};
+    const std::vector<std::string> bare = {BENCH_DIR "/window_bare", "--size", run(app).size};
     bench::Samples figure, floor;
     bench::alternate(
-        runs, Memory ? 0 : 2, [&] { return run(app); }, [&] { return run(bare); }, figure, floor);
+        runs, Memory ? 0 : 2, [&] { return run(app).value; }, [&] { return run(bare).value; },
+        figure, floor);
     if (Memory)
         bench::report("idle_memory", "tool's window, idle, resident", figure,
-                      "window with one label, idle, resident", floor, "MiB");
+                      "window with one label, " + bare[2] + ", idle, resident", floor, "MiB");
     else
         bench::report("startup", "start to tool's window shown", figure,
-                      "start to window with one label shown", floor, "ms");
+                      "start to window with one label, " + bare[2] + ", shown", floor, "ms");
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "link/controllerclient.h"
 
 #include "link/devicelink.h"
+#include "link/sendline.h"
 
 #include <QHostAddress>
 #include <QTcpSocket>
@@ -88,10 +89,8 @@ void ControllerClient::next() {
     const Exchange& e = queue_.head();
     running_ = true;
     buffer_.clear();
-    if (!e.line.isEmpty()) {
-        socket_->write(e.line);
-        socket_->flush(); // now, not on the next pass of the event loop
-    }
+    if (!e.line.isEmpty())
+        sendLine(socket_, e.line);
     if (e.rawWaitMs >= 0) {
         timer_.start(e.rawWaitMs);
     } else if (e.replyKey.isEmpty()) {

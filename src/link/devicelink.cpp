@@ -1,5 +1,7 @@
 #include "link/devicelink.h"
 
+#include "link/sendline.h"
+
 #include <QHostAddress>
 #include <QTcpSocket>
 
@@ -101,12 +103,7 @@ bool DeviceLink::isConnected(int index) const {
 
 void DeviceLink::write(int index, const QByteArray& line) {
     if (isConnected(index)) {
-        // Out at once, not on the event loop's next pass: a read sequence sends its
-        // next line only after the reply to the last, so every pass saved is a pass
-        // less per step.
-        QTcpSocket* s = socket(index);
-        s->write(line);
-        s->flush();
+        sendLine(socket(index), line);
         emit written(index, line);
     }
 }

@@ -4,12 +4,12 @@
 #include "measure.h"
 
 #include <csignal>
-#include <poll.h>
 #include <cstring>
+#include <poll.h>
 #include <string>
-#include <vector>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -68,7 +68,7 @@ double residentMiB(pid_t pid) {
 }
 
 struct Run {
-    double value; // milliseconds to the window shown, or MiB resident at rest
+    double value;     // milliseconds to the window shown, or MiB resident at rest
     std::string size; // the window's, "WxH"
 };
 

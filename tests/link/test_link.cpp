@@ -71,7 +71,8 @@ private slots:
         setsockopt(int(server.socketDescriptor()), SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
         DeviceLink link;
         link.connectTo(0, QStringLiteral("127.0.0.1"));
-        QVERIFY(QTest::qWaitFor([&] { return link.isConnected(0) && server.hasPendingConnections(); }));
+        QVERIFY(
+            QTest::qWaitFor([&] { return link.isConnected(0) && server.hasPendingConnections(); }));
         auto* socket = link.findChild<QTcpSocket*>();
         socket->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, small);
         QTcpSocket* peer = server.nextPendingConnection();
@@ -81,7 +82,8 @@ private slots:
         // 256 KiB with no event loop turning: far more than those buffers hold.
         constexpr int Lines = 1 << 13;
         for (int i = 0; i < Lines; ++i) {
-            const QByteArray line = "RBRI " + QByteArray::number(i).rightJustified(24, '0') + "\r\n";
+            const QByteArray line =
+                "RBRI " + QByteArray::number(i).rightJustified(24, '0') + "\r\n";
             link.write(0, line);
             expected += line;
         }

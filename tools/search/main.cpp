@@ -24,15 +24,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char Usage[] =
-    "Usage: ZEDA.exe [options]\n"
-    "Probes the configured hosts on TCP port 23 for video-wall controllers\n"
-    "and writes MAC.txt and IP.txt beside the program.\n"
-    "\n"
-    "Options:\n"
-    "  -h, --help              Displays help on commandline options.\n"
-    "  -v, --version           Displays version information.\n"
-    "  --output-dir <dir>      Write the result files into <dir> instead.\n";
+constexpr char Usage[] = "Usage: ZEDA.exe [options]\n"
+                         "Probes the configured hosts on TCP port 23 for video-wall controllers\n"
+                         "and writes MAC.txt and IP.txt beside the program.\n"
+                         "\n"
+                         "Options:\n"
+                         "  -h, --help              Displays help on commandline options.\n"
+                         "  -v, --version           Displays version information.\n"
+                         "  --output-dir <dir>      Write the result files into <dir> instead.\n";
 
 void say(const std::string& text) {
     std::fprintf(stderr, "ZEDA: %s\n", text.c_str());
@@ -81,8 +80,7 @@ HostList configuredHosts(const std::string& folder) {
         say("hosts from ZEDA_HOSTS");
         return parseHostList(fromEnv);
     }
-    const std::string path =
-        locateConfig("panomat-set/ZEDA.conf").value_or(folder + "/ZEDA.conf");
+    const std::string path = locateConfig("panomat-set/ZEDA.conf").value_or(folder + "/ZEDA.conf");
     std::ifstream conf(path, std::ios::binary);
     std::ostringstream text;
     if (!conf || !(text << conf.rdbuf()) || conf.bad()) {
@@ -121,8 +119,8 @@ int main(int argc, char* argv[]) {
             outputDir = std::string(arg.substr(std::strlen("--output-dir=")));
         else {
             std::fprintf(stderr, "ZEDA.exe: %s '%s'.\n\n%s",
-                         arg == "--output-dir" ? "Missing value after" : "Unknown option",
-                         argv[i], Usage);
+                         arg == "--output-dir" ? "Missing value after" : "Unknown option", argv[i],
+                         Usage);
             return 1;
         }
     }
@@ -149,7 +147,8 @@ int main(int argc, char* argv[]) {
     std::vector<FoundDevice> devices;
     for (const ProbeFound& f : controllers) {
         const auto known = neighbours.find(f.address);
-        devices.push_back({f.address, known != neighbours.end() ? known->second : derivedMac(f.address)});
+        devices.push_back(
+            {f.address, known != neighbours.end() ? known->second : derivedMac(f.address)});
     }
 
     std::error_code made;
@@ -165,8 +164,7 @@ int main(int argc, char* argv[]) {
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
     char seconds[32];
     std::snprintf(seconds, sizeof seconds, "%.1f", took.count());
-    say(plural(devices.size(), "controller") + " found among " +
-        plural(list.hosts.size(), "host") + " in " + seconds + " s; MAC.txt and IP.txt written to " +
-        results);
+    say(plural(devices.size(), "controller") + " found among " + plural(list.hosts.size(), "host") +
+        " in " + seconds + " s; MAC.txt and IP.txt written to " + results);
     return 0;
 }

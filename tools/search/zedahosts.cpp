@@ -99,7 +99,8 @@ void addEntries(std::string_view line, int n, std::vector<Range>* ranges,
         if (const auto range = parseEntry(entry, &why))
             ranges->push_back(*range);
         else
-            errors->push_back("line " + std::to_string(n) + ": '" + std::string(entry) + "': " + why);
+            errors->push_back("line " + std::to_string(n) + ": '" + std::string(entry) +
+                              "': " + why);
     }
 }
 

@@ -111,7 +111,8 @@ private:
                 next = std::min(next, p.deadline);
         const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
         epoll_event events[64];
-        const int n = ::epoll_wait(poller_, events, 64, int(std::clamp<long long>(wait.count(), 0, 60000)));
+        const int n =
+            ::epoll_wait(poller_, events, 64, int(std::clamp<long long>(wait.count(), 0, 60000)));
         if (n < 0 && errno != EINTR) {
             *error = systemError("cannot wait for the hosts");
             return false;
@@ -121,10 +122,11 @@ private:
             if (p.fd >= 0)
                 handle(p, events[i].events);
         }
+        // A controller that began its answer in time counts, as one that closes does.
         const Clock::time_point now = Clock::now();
         for (Probe& p : slots_)
             if (p.fd >= 0 && p.deadline <= now)
-                settle(p, false);
+                settle(p, isVersion(p.reply));
         return true;
     }
 

@@ -17,6 +17,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <optional>
 #include <sstream>
 
@@ -71,6 +72,18 @@ std::optional<std::string> locateConfig(const std::string& name) {
     return std::nullopt;
 }
 
+// Reads the file at `path` into *text; the reason when it cannot, else nullptr.
+const char* readWhole(const std::string& path, std::string* text) {
+    std::error_code error;
+    if (fs::is_directory(path, error))
+        return "it is a folder";
+    std::ifstream file(path, std::ios::binary);
+    if (!file.is_open())
+        return std::strerror(errno);
+    text->assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    return file.bad() ? "read error" : nullptr;
+}
+
 // The environment variable wins; then the user's panomat-set/ZEDA.conf in the XDG
 // configuration folder (~/.config), the system's (/etc/xdg), and last the list that
 // ships beside the program.
@@ -81,22 +94,20 @@ HostList configuredHosts(const std::string& folder) {
         return parseHostList(fromEnv);
     }
     const std::string path = locateConfig("panomat-set/ZEDA.conf").value_or(folder + "/ZEDA.conf");
-    std::ifstream conf(path, std::ios::binary);
-    std::ostringstream text;
-    if (!conf || !(text << conf.rdbuf()) || conf.bad()) {
-        say("no hosts to probe: " + path + " cannot be read (" + std::strerror(errno) +
+    std::string text;
+    if (const char* why = readWhole(path, &text)) {
+        say("no hosts to probe: " + path + " cannot be read (" + why +
             ") and ZEDA_HOSTS is not set");
         return {};
     }
     say("hosts from " + path);
-    return parseHostList(text.str());
+    return parseHostList(text);
 }
 
 std::string neighbourTableText() {
-    std::ifstream arp("/proc/net/arp");
-    std::ostringstream text;
-    text << arp.rdbuf();
-    return text.str();
+    std::string text;
+    readWhole("/proc/net/arp", &text); // none on a system without IPv4: no MACs known
+    return text;
 }
 
 } // namespace

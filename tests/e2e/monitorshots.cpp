@@ -5,19 +5,12 @@
 #include "link/trafficlog.h"
 #include "monitor/trafficmonitor.h"
 #include "support/bench.h"
+#include "support/screenshot.h"
 
-#include <QScreen>
 #include <QTimer>
 #include <cstdio>
 
 namespace {
-
-bool shoot(const QString& path) {
-    QTest::qWait(300); // painted
-    const bool saved = QGuiApplication::primaryScreen()->grabWindow(0).save(path);
-    std::fprintf(stderr, "%s %s\n", saved ? "wrote" : "could not write", qPrintable(path));
-    return saved;
-}
 
 // Runs shot once the handler that click starts is waiting, then lets it end.
 bool shootDuring(QPushButton* button, int afterMs, const std::function<bool()>& shot) {

@@ -3,23 +3,12 @@
 // scripts/screenshots runs it on a virtual screen the size of a small laptop's.
 
 #include "support/bench.h"
+#include "support/screenshot.h"
 #include "wall/wallplanner.h"
 
-#include <QScreen>
 #include <QScrollArea>
 #include <QSpinBox>
 #include <cstdio>
-
-namespace {
-
-bool shoot(const QString& path) {
-    QTest::qWait(300); // painted
-    const bool saved = QGuiApplication::primaryScreen()->grabWindow(0).save(path);
-    std::fprintf(stderr, "%s %s\n", saved ? "wrote" : "could not write", qPrintable(path));
-    return saved;
-}
-
-} // namespace
 
 int main(int argc, char* argv[]) {
     QApplication app(argc, argv);

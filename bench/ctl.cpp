@@ -6,6 +6,7 @@
 //   ctl_backup   "panomat-ctl backup" of 64 controllers that answer 20 ms late, as a whole
 //                process, against the same backup of one of them.
 
+#include "bareclient.h"
 #include "ctl/fleet.h"
 #include "link/settingsio.h"
 #include "measure.h"
@@ -14,9 +15,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
@@ -40,13 +38,7 @@ const QString First = QStringLiteral("127.66.0.2");
 #ifndef BENCH_CTL_BACKUP
 double bareRoundTrip() {
     const double start = bench::nowMs();
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(23);
-    inet_pton(AF_INET, "127.66.0.2", &address.sin_addr);
-    if (connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
-        std::exit(1);
+    const int fd = bench::connectToPort23("127.66.0.2");
     const char line[] = "RBRI 1\r\n";
     if (write(fd, line, sizeof line - 1) < 0)
         std::exit(1);

@@ -1,6 +1,7 @@
 // The full refresh after "Connect", against a bare socket client doing the same
 // exchange with the same virtual controller.
 
+#include "bareclient.h"
 #include "measure.h"
 #include "simprocess.h"
 #include "monitor/trafficmonitor.h"
@@ -15,9 +16,6 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QWindow>
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -79,13 +77,7 @@ void sendLine(int fd, const std::string& line) {
 
 double bareClient() {
     const double start = bench::nowMs();
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in to{};
-    to.sin_family = AF_INET;
-    to.sin_port = htons(23);
-    inet_pton(AF_INET, Address, &to.sin_addr);
-    if (connect(fd, reinterpret_cast<sockaddr*>(&to), sizeof to) != 0)
-        fail("connect");
+    const int fd = bench::connectToPort23(Address);
     sendLine(fd, "SOSDI"); // no reply
     char buffer[512];
     for (const char* read : Reads) {

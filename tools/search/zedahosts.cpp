@@ -25,7 +25,7 @@ std::optional<Range> parseEntry(std::string_view entry, std::string* why) {
     Range r{};
     if (const size_t slash = entry.find('/'); slash != entry.npos) {
         const auto base = parseIpv4(entry.substr(0, slash));
-        const auto prefix = decimal(entry.substr(slash + 1), 2);
+        const auto prefix = decimal(entry.substr(slash + 1), 9);
         if (!base || !prefix || *prefix > 32) {
             *why = "not a network in CIDR form";
             return std::nullopt;

@@ -7,8 +7,8 @@
 //                process, against the same backup of one of them.
 
 #include "bareclient.h"
-#include "ctl/fleet.h"
-#include "link/settingsio.h"
+#include "client/run.h"
+#include "client/settingsio.h"
 #include "measure.h"
 #include "simprocess.h"
 
@@ -58,7 +58,7 @@ double clientRead() {
     const double start = bench::nowMs();
     Values values;
     const protocol::Setting* s = protocol::find(QStringLiteral("brightness.a"));
-    const QStringList failures = runAll(
+    const QStringList failures = client::runOwn(
         {{First, {}}}, 2000, [&](ControllerClient& c, qsizetype) { queueReads(c, {s}, &values); });
     if (!failures.first().isEmpty() || !values.contains(s->name))
         std::exit(1);

@@ -21,6 +21,8 @@ QString Faults::describe() const {
     }
     if (dropAfter > 0)
         parts << QStringLiteral("drop after %1 commands").arg(dropAfter);
+    if (dropAfterWrites > 0)
+        parts << QStringLiteral("drop after %1 writes").arg(dropAfterWrites);
     return parts.isEmpty() ? QStringLiteral("none") : parts.join(QStringLiteral(", "));
 }
 

@@ -16,10 +16,13 @@ struct Faults {
     bool join = false;       // a reply waits for the next one and both leave in one chunk
     int joinHoldMs = 500;    // a reply with no successor in this time leaves alone
     QSet<QByteArray> silent; // command keywords that are carried out but never answered
-    int dropAfter = 0;       // > 0: the connection closes after this many commands
+    int dropAfter = 0;       // > 0: the connection closes after this many commands, counted
+                             // from when the faults were set
+    int dropAfterWrites = 0; // > 0: the same, counting only commands that write a setting
 
     bool any() const {
-        return latencyMs > 0 || splitAt > 0 || join || !silent.isEmpty() || dropAfter > 0;
+        return latencyMs > 0 || splitAt > 0 || join || !silent.isEmpty() || dropAfter > 0 ||
+               dropAfterWrites > 0;
     }
     QString describe() const;
     bool operator==(const Faults&) const = default;

@@ -92,6 +92,10 @@ Options parse(const QCoreApplication& app) {
     p.addOption({QStringLiteral("drop-after"),
                  QStringLiteral("Close each connection after its Nth command (answered)."),
                  QStringLiteral("[C:]N")});
+    p.addOption({QStringLiteral("drop-after-writes"),
+                 QStringLiteral("Close each connection after its Nth command that writes a "
+                                "setting (answered, where it is)."),
+                 QStringLiteral("[C:]N")});
     p.process(app);
     if (!p.positionalArguments().isEmpty())
         fail(QStringLiteral("unexpected argument '%1'").arg(p.positionalArguments().first()));
@@ -135,6 +139,10 @@ Options parse(const QCoreApplication& app) {
     for (const QString& v : p.values(QStringLiteral("drop-after")))
         for (int c : targets(QStringLiteral("drop-after"), v, o.devices, &rest))
             o.faults[c].dropAfter = number(rest, 1, 1000000, QStringLiteral("--drop-after"));
+    for (const QString& v : p.values(QStringLiteral("drop-after-writes")))
+        for (int c : targets(QStringLiteral("drop-after-writes"), v, o.devices, &rest))
+            o.faults[c].dropAfterWrites =
+                number(rest, 1, 1000000, QStringLiteral("--drop-after-writes"));
     return o;
 }
 

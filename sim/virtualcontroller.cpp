@@ -1,6 +1,7 @@
 #include "virtualcontroller.h"
 
 #include "commandhandler.h"
+#include "protocol/catalogue.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
@@ -83,6 +84,7 @@ public:
 
     QString peer() const { return peer_; }
     int commands = 0;
+    int writes = 0;
 
     void push(const QByteArray& bytes) { write(bytes); }
 
@@ -367,12 +369,22 @@ void VirtualController::process(Connection* c, const QByteArray& line) {
     }
     c->enqueue(silent ? QByteArray() : answer, after);
 
-    if (faults_.dropAfter > 0 && c->commands >= faults_.dropAfter) {
+    const protocol::Command* command = protocol::findCommand(r.keyword);
+    if (r.recognised && command && command->effect == protocol::Effect::Write)
+        ++c->writes;
+    if ((faults_.dropAfter > 0 && c->commands >= faults_.dropAfter) ||
+        (faults_.dropAfterWrites > 0 && c->writes >= faults_.dropAfterWrites)) {
         log(QStringLiteral("dropping connection from %1 after %2 commands")
                 .arg(c->peer())
                 .arg(c->commands));
         c->closeAfterQueue();
     }
+}
+
+void VirtualController::setFaults(const Faults& faults) {
+    faults_ = faults;
+    for (Connection* c : connections_)
+        c->commands = c->writes = 0;
 }
 
 void VirtualController::restart(bool factory) {

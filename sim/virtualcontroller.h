@@ -42,7 +42,8 @@ public:
     void setState(const ControllerState& state) { state_ = state; }
 
     Faults faults() const { return faults_; }
-    void setFaults(const Faults& faults) { faults_ = faults; }
+    // The connections count their commands for dropAfter from here.
+    void setFaults(const Faults& faults);
 
     // Every command line received, oldest first (bounded in lines and bytes; for
     // tests and the log).

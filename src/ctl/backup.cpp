@@ -1,10 +1,12 @@
+#include "client/restore.h"
 #include "ctl/cli.h"
 #include "ctl/commands.h"
-#include "link/settingsio.h"
+#include "link/devicelink.h"
 #include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
 
 #include <QDateTime>
+#include <QHostAddress>
 #include <QTextStream>
 
 using protocol::Setting;
@@ -25,24 +27,17 @@ int runBackup(const QStringList& arguments) {
     const auto targets = cli.targets();
     if (!targets)
         return Usage;
-    const QList<const Setting*> settings = readableSettings(true);
-    QList<settingsfile::Controller> read(targets->size());
     Progress progress(QStringLiteral("backup"), targets->size(), true);
-    const QStringList failures = runAll(
-        *targets, cli.timeoutMs(),
-        [&](ControllerClient& client, qsizetype i) {
-            read[i] = {(*targets)[i].mac, (*targets)[i].address, {}, {}, {}};
-            queueReads(client, settings, &read[i].values);
-        },
-        &progress);
+    QStringList failures;
+    const QList<Values> values = client::readSettings(
+        runner(*targets, cli, &progress), targets->size(), readableSettings(true), &failures);
     QList<settingsfile::Controller> done;
     for (qsizetype i = 0; i < targets->size(); ++i)
-        if (failures[i].isEmpty()) {
-            read[i].time = QDateTime::currentDateTimeUtc();
-            read[i].firmware =
-                settingsfile::firmwareText(read[i].values.value(QStringLiteral("firmware")));
-            done << read[i];
-        }
+        if (failures[i].isEmpty())
+            done << settingsfile::Controller{
+                (*targets)[i].mac, (*targets)[i].address,
+                settingsfile::firmwareText(values[i].value(QStringLiteral("firmware"))),
+                QDateTime::currentDateTimeUtc(), values[i]};
     QString error;
     if (!done.isEmpty() &&
         !jsonfile::write(cli.parser.value(output), settingsfile::toJson(done), &error)) {
@@ -52,11 +47,32 @@ int runBackup(const QStringList& arguments) {
     return report(*targets, failures);
 }
 
+namespace {
+
+int printDryRun(const QList<client::RestorePlan>& plans, const QList<Values>& now,
+                const QStringList& unread) {
+    QTextStream out(stdout);
+    QList<Target> targets;
+    for (qsizetype i = 0; i < plans.size(); ++i) {
+        targets << plans[i].target;
+        if (!unread[i].isEmpty())
+            continue;
+        const QList<Change> all = plans[i].writes.changes() + plans[i].network.changes();
+        out << plans[i].target.address << ": "
+            << (all.isEmpty() ? "nothing to change" : "would change") << '\n';
+        for (const Change& change : all)
+            out << "  " << describeChange(change, now[i]) << '\n';
+    }
+    return report(targets, unread);
+}
+
+} // namespace
+
 int runRestore(const QStringList& arguments) {
     Cli cli(QStringLiteral("restore"),
             QStringLiteral("Writes a settings file back to its controllers, or with --to onto "
                            "another one, and compares what reads back."),
-            Cli::Timeout);
+            Cli::Timeout | Cli::Json);
     const QCommandLineOption to(QStringLiteral("to"),
                                 QStringLiteral("Restore the file's one controller onto ADDR."),
                                 QStringLiteral("ADDR"));
@@ -83,59 +99,28 @@ int runRestore(const QStringList& arguments) {
             return cli.usage(
                 QStringLiteral("--to needs a file of one controller; this one holds %1")
                     .arg(file->size()));
+        QHostAddress address;
+        if (!isControllerAddress(cli.parser.value(to), &address))
+            return cli.usage(QStringLiteral("--to: \"%1\" is not a dotted IPv4 address")
+                                 .arg(cli.parser.value(to)));
         (*file)[0].address = cli.parser.value(to);
     }
     QList<Target> targets;
     for (const settingsfile::Controller& c : *file)
         targets.append({c.address, c.mac});
     const bool withNetwork = cli.parser.isSet(network);
+    const client::Runner run = runner(targets, cli);
 
-    QList<Values> now(targets.size());
-    QList<QList<Change>> changes(targets.size());
-    QList<QList<Change>> networkChanges(targets.size());
-    QList<Values> after(targets.size());
-    const bool dry = cli.parser.isSet(dryRun);
-    QStringList failures =
-        runAll(targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
-            queueReads(client, readableSettings(withNetwork), &now[i]);
-            client.then([&, i, &c = client] {
-                changes[i] = restoreChanges((*file)[i].values, now[i], false);
-                if (withNetwork)
-                    networkChanges[i] = restoreChanges((*file)[i].values, now[i], true);
-                networkChanges[i].removeIf(
-                    [](const Change& ch) { return ch.first->group != protocol::Group::Network; });
-                if (dry)
-                    return;
-                queueWrites(c, changes[i]);
-                queueReads(c, readableSettings(false), &after[i]);
-                // Last, as they restart the controller's network and end the connection.
-                queueWrites(c, networkChanges[i]);
-                if (!networkChanges[i].isEmpty())
-                    c.exchange(QByteArrayLiteral("SREL\r\n"), QByteArrayLiteral("RELI"));
-            });
-        });
-    QTextStream out(stdout);
-    for (qsizetype i = 0; i < targets.size(); ++i) {
-        if (!failures[i].isEmpty())
-            continue;
-        const QList<Change> all = changes[i] + networkChanges[i];
-        if (dry) {
-            out << targets[i].address << ": "
-                << (all.isEmpty() ? "nothing to change" : "would change") << '\n';
-            for (const Change& change : all)
-                out << "  " << describeChange(change, now[i]) << '\n';
-            continue;
-        }
-        const QStringList different = differences(changes[i], after[i]);
-        if (!different.isEmpty()) {
-            failures[i] = QStringLiteral("%1: %2").arg(targets[i].address,
-                                                       different.join(QLatin1String("; ")));
-            continue;
-        }
-        out << targets[i].address << ": wrote " << all.size() << " settings, read back equal";
-        if (!networkChanges[i].isEmpty())
-            out << "; the network restarts with the new settings";
-        out << '\n';
-    }
-    return report(targets, failures);
+    QStringList unread;
+    const QList<Values> now =
+        client::readSettings(run, targets.size(), readableSettings(withNetwork), &unread);
+    QList<client::RestoreTarget> wanted;
+    for (qsizetype i = 0; i < targets.size(); ++i)
+        wanted.append({targets[i], (*file)[i].values, now[i], unread[i]});
+    auto plans = client::planRestore(wanted, withNetwork, &error);
+    if (!plans)
+        return cli.usage(error);
+    if (cli.parser.isSet(dryRun))
+        return printDryRun(*plans, now, unread);
+    return printReport(client::restore(run, *plans, run), cli.json());
 }

@@ -1,9 +1,11 @@
 #include "ctl/cli.h"
 
+#include "client/controllerclient.h"
+#include "client/report.h"
 #include "ctl/targets.h"
-#include "link/controllerclient.h"
 
 #include <QCoreApplication>
+#include <QJsonDocument>
 #include <QTextStream>
 
 Cli::Cli(const QString& command, const QString& description, int takes)
@@ -16,13 +18,17 @@ Cli::Cli(const QString& command, const QString& description, int takes)
                QStringLiteral("Wait at most MS milliseconds for each reply (default %1).")
                    .arg(ControllerClient::DefaultTimeoutMs),
                QStringLiteral("MS"), QString::number(ControllerClient::DefaultTimeoutMs)),
+      deadline_(QStringLiteral("deadline"),
+                QStringLiteral("End the whole run after SECONDS; what was not done by then is "
+                               "reported as such (default: no deadline)."),
+                QStringLiteral("SECONDS")),
       json_(QStringLiteral("json"), QStringLiteral("Print JSON for scripts.")) {
     parser.setApplicationDescription(description);
     parser.addHelpOption();
     if (takes & Targets)
         parser.addOptions({host_, all_});
     if (takes & Timeout)
-        parser.addOption(timeout_);
+        parser.addOptions({timeout_, deadline_});
     if (takes & Json)
         parser.addOption(json_);
 }
@@ -42,6 +48,14 @@ bool Cli::parse(const QStringList& arguments) {
         if (!number || timeoutMs_ < 1 || timeoutMs_ > 600000) {
             usage(QStringLiteral("--timeout takes 1..600000 milliseconds"));
             return false;
+        }
+        if (parser.isSet(deadline_)) {
+            const double seconds = parser.value(deadline_).toDouble(&number);
+            if (!number || seconds <= 0 || seconds > 86400) {
+                usage(QStringLiteral("--deadline takes 0.001..86400 seconds"));
+                return false;
+            }
+            deadlineMs_ = qMax(1, qRound(seconds * 1000));
         }
     }
     return true;
@@ -77,6 +91,21 @@ void printTable(const QStringList& header, const QList<QStringList>& rows) {
     print(header);
     for (const QStringList& row : rows)
         print(row);
+}
+
+int printReport(const client::Report& report, bool json) {
+    QTextStream out(stdout);
+    if (json)
+        out << QJsonDocument(report.json()).toJson(QJsonDocument::Indented);
+    else if (!report.controllers.isEmpty())
+        out << report.text() << '\n';
+    if (report.done())
+        return Ok;
+    QTextStream(stderr) << "panomat-ctl " << report.procedure << ": "
+                        << report.controllers.size() - report.doneCount() << " of "
+                        << report.controllers.size()
+                        << " controllers not done as wanted; see the report\n";
+    return SomeFailed;
 }
 
 int report(const QList<Target>& targets, const QStringList& failures) {

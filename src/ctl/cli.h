@@ -2,6 +2,10 @@
 
 #include "ctl/fleet.h"
 
+namespace client {
+struct Report;
+}
+
 #include <QCommandLineParser>
 #include <QStringList>
 #include <optional>
@@ -24,6 +28,7 @@ public:
     bool parse(const QStringList& arguments);
     std::optional<QList<Target>> targets();
     int timeoutMs() const { return timeoutMs_; }
+    int deadlineMs() const { return deadlineMs_; } // below zero: none
     bool json() const { return parser.isSet(json_); }
     // Prints a usage error and gives Usage.
     int usage(const QString& message) const;
@@ -34,11 +39,16 @@ private:
     QCommandLineOption host_;
     QCommandLineOption all_;
     QCommandLineOption timeout_;
+    QCommandLineOption deadline_;
     QCommandLineOption json_;
     int timeoutMs_ = 0;
+    int deadlineMs_ = -1;
 };
 
 // Prints rows as columns, each as wide as its widest cell, on stdout.
 void printTable(const QStringList& header, const QList<QStringList>& rows);
+// Prints a procedure's report on stdout, as text or JSON, and gives the exit status:
+// SomeFailed when any controller is not done as wanted.
+int printReport(const client::Report& report, bool json);
 // Prints each failure on stderr and gives the exit status.
 int report(const QList<Target>& targets, const QStringList& failures);

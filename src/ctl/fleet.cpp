@@ -1,5 +1,8 @@
 #include "ctl/fleet.h"
 
+#include "ctl/cli.h"
+
+#include <QDeadlineTimer>
 #include <QTextStream>
 #include <cstdio>
 #include <unistd.h>
@@ -25,14 +28,23 @@ void Progress::done(const QString& address, bool ok) {
         err << '\n';
 }
 
-QStringList runAll(const QList<Target>& targets, int timeoutMs, const Sequence& prepare,
+QStringList runAll(const QList<Target>& targets, const Cli& cli, const Sequence& prepare,
                    Progress* progress) {
-    std::vector<std::unique_ptr<ControllerClient>> clients;
-    for (const Target& t : targets)
-        clients.push_back(std::make_unique<ControllerClient>(t.address, timeoutMs));
-    QStringList failures(targets.size());
-    return runClients(clients, failures, prepare, [&](qsizetype i) {
-        if (progress)
-            progress->done(targets[i].address, clients[static_cast<size_t>(i)]->succeeded());
-    });
+    return runner(targets, cli, progress)(prepare);
+}
+
+client::Runner runner(const QList<Target>& targets, const Cli& cli, Progress* progress) {
+    // The deadline is the whole command's: a procedure of several runs shares it.
+    const QDeadlineTimer deadline = cli.deadlineMs() < 0
+                                        ? QDeadlineTimer(QDeadlineTimer::Forever)
+                                        : QDeadlineTimer(cli.deadlineMs(), Qt::PreciseTimer);
+    return [&targets, timeoutMs = cli.timeoutMs(), deadline, progress](const Sequence& prepare) {
+        client::RunOptions options;
+        options.deadlineMs = deadline.isForever() ? -1 : int(deadline.remainingTime());
+        options.ended = [&targets, progress](qsizetype i, bool ok) {
+            if (progress)
+                progress->done(targets[i].address, ok);
+        };
+        return client::runOwn(targets, timeoutMs, prepare, options);
+    };
 }

@@ -1,16 +1,13 @@
 #pragma once
 
-#include "link/lentrun.h"
+#include "client/run.h"
 
 #include <QList>
 #include <QString>
-#include <functional>
 
-// A controller to work on: its address, and its MAC where a search has named it.
-struct Target {
-    QString address;
-    QString mac;
-};
+class Cli;
+using client::Sequence;
+using client::Target;
 
 // Progress of many controllers on stderr: a bar on a terminal, plain lines otherwise.
 class Progress {
@@ -26,8 +23,10 @@ private:
     bool terminal_;
 };
 
-// One sequence per controller, all in flight together on one event loop. prepare
-// queues the first exchanges of target i on its client; their answers may queue more.
+// One sequence per controller on connections of its own, all in flight together, each
+// reply within the command line's --timeout and the whole run within its --deadline.
 // Returns each target's failure message, empty for those that succeeded.
-QStringList runAll(const QList<Target>& targets, int timeoutMs, const Sequence& prepare,
+QStringList runAll(const QList<Target>& targets, const Cli& cli, const Sequence& prepare,
                    Progress* progress = nullptr);
+// The same as a runner for the procedures of the client library.
+client::Runner runner(const QList<Target>& targets, const Cli& cli, Progress* progress = nullptr);

@@ -1,6 +1,7 @@
+#include "client/settingsio.h"
 #include "ctl/cli.h"
 #include "ctl/commands.h"
-#include "link/settingsio.h"
+#include "protocol/command.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -96,10 +97,9 @@ int runGet(const QStringList& arguments) {
     if (!targets)
         return Usage;
     QList<Values> values(targets->size());
-    const QStringList failures =
-        runAll(*targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
-            queueReads(client, *settings, &values[i]);
-        });
+    const QStringList failures = runAll(*targets, cli, [&](ControllerClient& client, qsizetype i) {
+        queueReads(client, *settings, &values[i]);
+    });
     printValues(cli, *targets, *settings, values, failures);
     return report(*targets, failures);
 }
@@ -142,11 +142,10 @@ int runSet(const QStringList& arguments) {
         if (s->readable())
             readBack << s;
     QList<Values> values(targets->size());
-    QStringList failures =
-        runAll(*targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
-            queueWrites(client, changes);
-            queueReads(client, readBack, &values[i]);
-        });
+    QStringList failures = runAll(*targets, cli, [&](ControllerClient& client, qsizetype i) {
+        queueWrites(client, changes);
+        queueReads(client, readBack, &values[i]);
+    });
     for (qsizetype i = 0; i < targets->size(); ++i) {
         const QStringList different = differences(changes, values[i]);
         if (failures[i].isEmpty() && !different.isEmpty())
@@ -188,12 +187,10 @@ int runSend(const QStringList& arguments) {
     if (!targets)
         return Usage;
     QStringList answers(targets->size());
-    const QStringList failures =
-        runAll(*targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
-            client.sendRaw(
-                line.toLatin1() + "\r\n", waitMs,
-                [&answers, i](const QByteArray& reply) { answers[i] = visibleText(reply); });
-        });
+    const QStringList failures = runAll(*targets, cli, [&](ControllerClient& client, qsizetype i) {
+        client.sendRaw(line.toLatin1() + "\r\n", waitMs,
+                       [&answers, i](const QByteArray& reply) { answers[i] = visibleText(reply); });
+    });
     for (qsizetype i = 0; i < targets->size(); ++i)
         if (failures[i].isEmpty())
             QTextStream(stdout) << (*targets)[i].address << ": " << answers[i] << '\n';

@@ -1,7 +1,7 @@
 #include "ctl/targets.h"
 
+#include "client/searchrun.h"
 #include "link/devicelink.h"
-#include "link/searchprogram.h"
 
 #include <QDir>
 #include <QHostAddress>

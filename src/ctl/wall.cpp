@@ -1,3 +1,4 @@
+#include "client/wallapply.h"
 #include "ctl/cli.h"
 #include "ctl/commands.h"
 #include "protocol/catalogue.h"
@@ -75,7 +76,7 @@ int apply(const QStringList& arguments) {
     Cli cli(
         QStringLiteral("wall apply"),
         QStringLiteral("Sends each controller its outputs' rows, columns and tiles from a plan."),
-        Cli::Timeout);
+        Cli::Timeout | Cli::Json);
     cli.parser.addPositionalArgument(QStringLiteral("plan"), QStringLiteral("A wall plan file."),
                                      QStringLiteral("PLAN.json"));
     if (!cli.parse(arguments))
@@ -89,35 +90,13 @@ int apply(const QStringList& arguments) {
     if (!p)
         return cli.usage(error);
     printCoverage(*p);
+    auto placements = client::placements(*p, &error);
+    if (!placements)
+        return cli.usage(error + QStringLiteral("; nothing was sent"));
     QList<Target> targets;
-    QList<QList<wallplan::Assignment>> outputs;
-    for (const wallplan::Assignment& a : p->assignments) {
-        qsizetype i = 0;
-        while (i < targets.size() && targets[i].address != a.address)
-            ++i;
-        if (i == targets.size()) {
-            targets.append({a.address, a.mac});
-            outputs.append(QList<wallplan::Assignment>{});
-        }
-        outputs[i] << a;
-    }
-    const QStringList failures =
-        runAll(targets, cli.timeoutMs(), [&](ControllerClient& client, qsizetype i) {
-            for (const wallplan::Assignment& a : outputs[i]) {
-                const auto lines = protocol::placementLines(p->rows, p->cols, a.output, a.tile);
-                if (!lines) {
-                    client.fail(lines.error);
-                    return;
-                }
-                for (const protocol::Write& w : *lines)
-                    client.exchange(w.line, w.ack);
-            }
-        });
-    for (qsizetype i = 0; i < targets.size(); ++i)
-        if (failures[i].isEmpty())
-            QTextStream(stdout) << targets[i].address << ": placed " << outputs[i].size()
-                                << (outputs[i].size() == 1 ? " output\n" : " outputs\n");
-    return report(targets, failures);
+    for (const client::Placement& placement : *placements)
+        targets << placement.target;
+    return printReport(client::applyPlan(runner(targets, cli), *placements), cli.json());
 }
 
 } // namespace

@@ -108,6 +108,13 @@ void DeviceLink::write(int index, const QByteArray& line) {
     }
 }
 
+void DeviceLink::tap(int index, bool sent, const QByteArray& bytes) {
+    if (sent)
+        emit written(index, bytes);
+    else
+        emit received(index, bytes);
+}
+
 QString DeviceLink::readAll(int index) {
     QTcpSocket* s = socket(index);
     if (!s)

@@ -42,6 +42,10 @@ public:
     QTcpSocket* lend(int index);
     void giveBack(int index);
 
+    // Traffic of entry index's controller on a connection the link does not own, for
+    // the traffic monitor.
+    void tap(int index, bool sent, const QByteArray& bytes);
+
     // How entry i's connection stands, for the operator: never connected or closed by
     // the tool, on its way, up, or ended by the controller or the network.
     enum class State { NotConnected, Connecting, Connected, Lost };

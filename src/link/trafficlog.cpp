@@ -1,7 +1,7 @@
 #include "link/trafficlog.h"
 
-#include "link/controllerclient.h"
 #include "link/devicelink.h"
+#include "protocol/command.h"
 
 #include <QDateTime>
 #include <QIODevice>

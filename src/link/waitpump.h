@@ -31,6 +31,8 @@ public:
     // True while closing, and while stopped handlers unwind.
     bool cancelled() const { return cancelled_ || stopping_; }
     bool waiting() const { return depth_ > 0; }
+    // The window is closing or the application quitting: nothing is ever shown again.
+    bool closing() const { return cancelled_; }
 
 signals:
     // A first wait has begun, or the last running one has ended.

@@ -18,3 +18,23 @@ QString longValue(const QString& chunk) {
 }
 
 } // namespace reply
+
+QString visibleText(const QByteArray& bytes) {
+    QString text;
+    for (const char c : bytes) {
+        const auto u = static_cast<unsigned char>(c);
+        if (c == '\r')
+            text += QLatin1String("\\r");
+        else if (c == '\n')
+            text += QLatin1String("\\n");
+        else if (c == '\t')
+            text += QLatin1String("\\t");
+        else if (c == '\\')
+            text += QLatin1String("\\\\");
+        else if (u < 0x20 || u >= 0x7f)
+            text += QStringLiteral("\\x%1").arg(u, 2, 16, QLatin1Char('0'));
+        else
+            text += QLatin1Char(c);
+    }
+    return text;
+}

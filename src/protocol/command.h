@@ -32,3 +32,7 @@ QString longKey(const QString& chunk);   // characters 8-11 (picture, bezel, tri
 QString longValue(const QString& chunk); // characters 12-14
 
 } // namespace reply
+
+// Shows bytes from the network safely on a terminal, in a log or a message: "\r", "\n",
+// "\t", "\\" and "\xNN" for the other control and non-ASCII bytes.
+QString visibleText(const QByteArray& bytes);

@@ -1,6 +1,7 @@
 #include "session/session.h"
 
 #include "protocol/catalogue.h"
+#include "session/reportdialog.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -8,6 +9,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QTimer>
 #include <QWidget>
 
 Session::Session(QWidget* window, Controls& ui) : window_(window), ui_(ui) {}
@@ -91,6 +93,56 @@ QMessageBox::StandardButton Session::message(QMessageBox::Icon icon, const QStri
         return QMessageBox::NoButton;
     QMessageBox box(icon, QCoreApplication::applicationName(), text, buttons, window_);
     return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+client::Runner Session::lentRunner(const char* procedure, const QList<client::LentTarget>& targets,
+                                   int timeoutMs, std::function<void(qsizetype done)> progress) {
+    return [this, procedure, targets, timeoutMs, progress](const client::Sequence& prepare) {
+        qsizetype done = 0;
+        client::RunOptions options;
+        options.wait = [this](const std::function<bool()>& ended) { return pump_.until(ended); };
+        options.ended = [&](qsizetype, bool) {
+            if (progress)
+                progress(++done);
+        };
+        emit notice_.waiting(QString::fromLatin1(procedure), QStringLiteral("the replies"),
+                             QStringLiteral("%1 controllers").arg(targets.size()));
+        const QStringList failures = client::runLent(link_, targets, timeoutMs, prepare, options);
+        emit notice_.ended();
+        return failures;
+    };
+}
+
+client::Runner Session::ownRunner(const QList<client::Target>& targets, int timeoutMs) {
+    return [this, targets, timeoutMs](const client::Sequence& prepare) {
+        if (cancelled())
+            return QStringList(targets.size(), QStringLiteral("stopped before the end"));
+        client::RunOptions options;
+        options.wait = [this](const std::function<bool()>& ended) { return pump_.until(ended); };
+        options.watch = [this, &targets](qsizetype i, ControllerClient& client) {
+            const int entry = int(ip_list.indexOf(targets[i].address));
+            QObject::connect(
+                &client, &ControllerClient::wrote, &client,
+                [this, entry](const QByteArray& line) { link_.tap(entry, true, line); });
+            QObject::connect(
+                &client, &ControllerClient::arrived, &client,
+                [this, entry](const QByteArray& bytes) { link_.tap(entry, false, bytes); });
+        };
+        return client::runOwn(targets, timeoutMs, prepare, options);
+    };
+}
+
+void Session::showReport(const QString& head, const client::Report& report) {
+    const auto show = [this, head, report] {
+        if (pump_.closing())
+            return;
+        ReportDialog dialog(head, report, window_);
+        dialog.exec();
+    };
+    if (cancelled())
+        QTimer::singleShot(0, window_, show);
+    else
+        show();
 }
 
 bool Session::askYes(const QString& text) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "client/report.h"
+#include "client/run.h"
 #include "link/devicelink.h"
 #include "link/waitpump.h"
 #include "session/controls.h"
@@ -8,6 +10,7 @@
 #include <QList>
 #include <QMessageBox>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <functional>
 #include <initializer_list>
@@ -56,6 +59,10 @@ struct Request {
     std::function<void(int replies)> answered = {};
 };
 
+// The window reads its pages again after a procedure of many settings: changed names
+// the families the procedure wrote on the selected controller.
+using ReadBack = std::function<void(const QSet<protocol::Group>& changed)>;
+
 // What the window offers its features: the controls, the lines to the listed
 // controllers, requests that wait for their replies, message boxes, and the window's
 // connected, offline and locked states.
@@ -103,6 +110,20 @@ public:
     bool request(WaitStep& step, int count, const std::function<QByteArray(int)>& lineAt,
                  const Request& how = {});
     bool request(WaitStep& step, const QList<QByteArray>& lines, const Request& how = {});
+
+    // Runs a procedure of the client library on the window's own connections to the
+    // targets: every wait a request of the window's own would be, so "Stop waiting" and
+    // closing end it, and the status bar names it. progress(done) follows each target
+    // that ends.
+    client::Runner lentRunner(const char* procedure, const QList<client::LentTarget>& targets,
+                              int timeoutMs, std::function<void(qsizetype done)> progress = {});
+    // The same on connections of the procedure's own, for a controller whose lent one
+    // was lost.
+    client::Runner ownRunner(const QList<client::Target>& targets, int timeoutMs);
+    // A procedure's report, head first, with a table of every setting. A procedure
+    // stopped by "Stop waiting" still shows what it did, once the stopped waits have
+    // unwound.
+    void showReport(const QString& head, const client::Report& report);
 
     // Modal message boxes with the application's name as title. Nothing is shown once
     // cancelled.

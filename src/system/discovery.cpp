@@ -1,22 +1,14 @@
 #include "system/discovery.h"
 
-#include "link/searchprogram.h"
+#include "client/searchrun.h"
 #include "protocol/legacytext.h"
 #include "session/events.h"
 #include "session/session.h"
 
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QGroupBox>
-#include <QProcess>
 #include <QPushButton>
-
-#ifdef Q_OS_WIN
-#include <windows.h>
-#endif
 
 using search::IpFile;
 using search::MacFile;
@@ -29,23 +21,24 @@ DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session) {
 void DeviceDiscovery::btn_sys_search_Click() {
     if (running_)
         return; // one search at a time
-    const QString program = search::program();
-    if (!QFileInfo(program).isFile()) {
-        s_.exclamation(QStringLiteral("Cannot find %1 in %2 !")
-                           .arg(search::Program,
-                                QDir::toNativeSeparators(QCoreApplication::applicationDirPath())));
+    search::Run run;
+    if (!run.found()) {
+        s_.exclamation(run.message());
         return;
     }
     s_.SetOffline();
     s_.ui().cbo_ipaddr->clear();
-    const QDir results(search::resultFolder(program));
-    if (!removeOldResults(results))
-        return;
+    // The window stays live while the program runs, and waits for it without a limit.
     running_ = true;
-    const bool ran = runSearchProgram(program, results.path());
+    const bool ran = run.start() && run.wait([this](const std::function<bool()>& ended) {
+        return s_.pump().until(ended);
+    }) && run.endedWell();
     running_ = false;
-    if (!ran)
+    if (!ran) {
+        s_.exclamation(run.message());
         return;
+    }
+    const QDir results(run.folder());
 
     const std::optional<QStringList> macLines = search::readLines(results.filePath(MacFile));
     const std::optional<QStringList> ipLines = search::readLines(results.filePath(IpFile));
@@ -82,58 +75,6 @@ void DeviceDiscovery::btn_sys_search_Click() {
     s_.setSearchDone();
     events::setListIndex(s_.ui().cbo_ipaddr, 0);
     s_.ui().con_interface->setEnabled(true);
-}
-
-// Result files of an earlier search must never pass for this one's: they go before
-// the program starts, and what a failed program leaves is not read.
-bool DeviceDiscovery::removeOldResults(const QDir& results) {
-    for (const QString& name : {MacFile, IpFile}) {
-        QFile file(results.filePath(name));
-        if (file.exists() && !file.remove()) {
-            s_.exclamation(
-                QStringLiteral("Cannot remove the old %1: %2 !").arg(name, file.errorString()));
-            return false;
-        }
-    }
-    return true;
-}
-
-// Runs the search program and waits for it to end, the window staying live. False
-// when it could not be started, failed, or the window is closing.
-bool DeviceDiscovery::runSearchProgram(const QString& program, const QString& results) {
-    QProcess tool;
-    tool.setProgram(program);
-    tool.setArguments(search::arguments(results));
-    tool.setWorkingDirectory(QCoreApplication::applicationDirPath());
-    tool.setProcessChannelMode(QProcess::ForwardedChannels);
-#ifdef Q_OS_WIN
-    tool.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* args) {
-        args->startupInfo->dwFlags |= STARTF_USESHOWWINDOW;
-        args->startupInfo->wShowWindow = SW_SHOWMINNOACTIVE;
-    });
-#endif
-    tool.start();
-    if (!tool.waitForStarted(-1) && tool.error() == QProcess::FailedToStart) {
-        s_.exclamation(
-            QStringLiteral("Cannot start %1: %2").arg(search::Program, tool.errorString()));
-        return false;
-    }
-    return s_.pump().until([&] { return tool.state() == QProcess::NotRunning; }) && endedWell(tool);
-}
-
-// A program that was killed or reports failure leaves no result to read.
-bool DeviceDiscovery::endedWell(const QProcess& tool) {
-    if (tool.exitStatus() == QProcess::CrashExit) {
-        s_.exclamation(QStringLiteral("%1 ended abnormally !").arg(search::Program));
-        return false;
-    }
-    if (tool.exitCode() != 0) {
-        s_.exclamation(QStringLiteral("%1 failed with exit code %2 !")
-                           .arg(search::Program)
-                           .arg(tool.exitCode()));
-        return false;
-    }
-    return true;
 }
 
 void DeviceDiscovery::FillModelList() {

@@ -3,8 +3,6 @@
 #include <QString>
 #include <QStringList>
 
-class QDir;
-class QProcess;
 class Session;
 
 // "Search MAC": runs the search program beside the tool and builds the device list
@@ -19,9 +17,6 @@ public:
     void btn_sys_search_Click();
 
 private:
-    bool removeOldResults(const QDir& results);
-    bool runSearchProgram(const QString& program, const QString& results);
-    bool endedWell(const QProcess& tool);
     void FillModelList();
 
     Session& s_;

@@ -1,5 +1,6 @@
 #include "system/settingsbackup.h"
 
+#include "client/restore.h"
 #include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
 #include "session/session.h"
@@ -18,11 +19,6 @@
 using protocol::Setting;
 
 namespace {
-
-QList<Change> networkOnly(QList<Change> changes) {
-    changes.removeIf([](const Change& c) { return c.first->group != protocol::Group::Network; });
-    return changes;
-}
 
 QString summary(const QString& head, const QStringList& done, const QStringList& failed) {
     QString text = head;
@@ -83,8 +79,8 @@ void RestorePreview::fill() {
 
 // --- Backup and restore --------------------------------------------------------------
 
-SettingsBackup::SettingsBackup(Session& session, std::function<void()> refresh, QWidget* parent)
-    : s(session), refresh_(std::move(refresh)), parent_(parent) {}
+SettingsBackup::SettingsBackup(Session& session, ReadBack readBack, QWidget* parent)
+    : s(session), readBack_(std::move(readBack)), parent_(parent) {}
 
 bool SettingsBackup::ready(const QString& what) {
     if (s.pump().waiting()) {
@@ -100,17 +96,22 @@ bool SettingsBackup::ready(const QString& what) {
     return true;
 }
 
-QStringList SettingsBackup::run(const QList<LentTarget>& targets,
-                                const std::function<void(ControllerClient&, qsizetype)>& prepare) {
+// ProgressBar1 counts the controllers that are done.
+client::Runner SettingsBackup::runner(const char* procedure,
+                                      const QList<client::LentTarget>& targets) {
     QProgressBar* progress = s.ui().ProgressBar1;
-    progress->setValue(0);
-    progress->setVisible(true);
-    const QStringList failures =
-        runLent(s.link(), targets, TimeoutMs, prepare, [&](qsizetype done) {
-            progress->setValue(int(100 * done / qMax<qsizetype>(1, targets.size())));
+    const auto total = qMax<qsizetype>(1, targets.size());
+    const client::Runner lent =
+        s.lentRunner(procedure, targets, TimeoutMs, [progress, total](qsizetype done) {
+            progress->setValue(int(100 * done / total));
         });
-    progress->setVisible(false);
-    return failures;
+    return [progress, lent](const client::Sequence& prepare) {
+        progress->setValue(0);
+        progress->setVisible(true);
+        const QStringList failures = lent(prepare);
+        progress->setVisible(false);
+        return failures;
+    };
 }
 
 void SettingsBackup::saveAsked() {
@@ -139,18 +140,16 @@ void SettingsBackup::restoreAsked() {
 bool SettingsBackup::save(const QString& path, bool all) {
     if (!ready(QStringLiteral("save the settings")))
         return false;
-    QList<LentTarget> targets;
+    QList<client::LentTarget> targets;
     for (int i = 0; i < s.deviceCount(); ++i)
         if (all || i == s.selected())
             targets.append({i, s.address(i)});
-    const QList<const Setting*> settings = readableSettings(true);
-    QList<settingsfile::Controller> read(targets.size());
     s.LockPanels();
-    const QStringList failures = run(targets, [&](ControllerClient& client, qsizetype i) {
-        read[i].mac = s.ui().cbo_ipaddr->itemText(targets[i].entry);
-        read[i].address = targets[i].address;
-        queueReads(client, settings, &read[i].values);
-    });
+    QStringList failures;
+    const QList<Values> values = client::readSettings(
+        runner("Settings backup", targets), targets.size(), readableSettings(true), &failures);
+    if (s.cancelled())
+        return false;
     s.UnlockPanels();
     QList<settingsfile::Controller> saved;
     QStringList done, failed;
@@ -159,11 +158,11 @@ bool SettingsBackup::save(const QString& path, bool all) {
             failed << failures[i];
             continue;
         }
-        read[i].time = QDateTime::currentDateTimeUtc();
-        read[i].firmware =
-            settingsfile::firmwareText(read[i].values.value(QStringLiteral("firmware")));
-        saved << read[i];
-        done << QStringLiteral("%1: %2 settings").arg(read[i].address).arg(read[i].values.size());
+        saved << settingsfile::Controller{
+            s.ui().cbo_ipaddr->itemText(targets[i].entry), targets[i].address,
+            settingsfile::firmwareText(values[i].value(QStringLiteral("firmware"))),
+            QDateTime::currentDateTimeUtc(), values[i]};
+        done << QStringLiteral("%1: %2 settings").arg(targets[i].address).arg(values[i].size());
     }
     QString error;
     if (saved.isEmpty()) {
@@ -196,16 +195,16 @@ bool SettingsBackup::restore(const QString& path) {
         s.exclamation(QStringLiteral("The settings file cannot be read:\n%1").arg(error));
         return false;
     }
-    QList<LentTarget> targets;
-    QList<Values> wanted;
+    QList<client::LentTarget> targets;
+    QList<client::RestoreTarget> wanted;
     QStringList unlisted;
     for (const settingsfile::Controller& c : *file) {
         const int entry = int(s.addresses().indexOf(c.address));
-        if (entry < 0)
+        if (entry < 0) {
             unlisted << QStringLiteral("%1 (%2)").arg(c.address, c.mac);
-        else {
+        } else {
             targets.append({entry, c.address});
-            wanted << c.values;
+            wanted.append({{c.address, s.ui().cbo_ipaddr->itemText(entry)}, c.values, {}, {}});
         }
     }
     if (!unlisted.isEmpty()) {
@@ -217,21 +216,22 @@ bool SettingsBackup::restore(const QString& path) {
     }
 
     s.LockPanels();
-    QList<Values> now(targets.size());
-    QStringList failures = run(targets, [&](ControllerClient& client, qsizetype i) {
-        queueReads(client, readableSettings(true), &now[i]);
-    });
+    QStringList unread;
+    const QList<Values> now = client::readSettings(runner("Restore read", targets), targets.size(),
+                                                   readableSettings(true), &unread);
+    if (s.cancelled())
+        return false; // stopped before anything was written
     QList<RestorePreview::Controller> readable;
-    QList<qsizetype> readableIndex;
-    for (qsizetype i = 0; i < targets.size(); ++i)
-        if (failures[i].isEmpty()) {
-            readable.append({targets[i].address, now[i], wanted[i]});
-            readableIndex << i;
-        }
+    for (qsizetype i = 0; i < targets.size(); ++i) {
+        wanted[i].now = now[i];
+        wanted[i].readFailure = unread[i];
+        if (unread[i].isEmpty())
+            readable.append({targets[i].address, now[i], wanted[i].wanted});
+    }
     if (readable.isEmpty()) {
         s.UnlockPanels();
         s.exclamation(summary(QStringLiteral("No controller could be read; nothing was written."),
-                              {}, failures));
+                              {}, unread));
         return false;
     }
     RestorePreview preview(readable, parent_);
@@ -239,65 +239,51 @@ bool SettingsBackup::restore(const QString& path) {
         s.UnlockPanels();
         return false;
     }
-    const bool withNetwork = preview.withNetwork();
-
-    QList<LentTarget> writeTargets;
-    QList<QList<Change>> changes, networkChanges;
-    for (const qsizetype i : readableIndex) {
-        writeTargets << targets[i];
-        changes << restoreChanges(wanted[i], now[i], false);
-        networkChanges << (withNetwork ? networkOnly(restoreChanges(wanted[i], now[i], true))
-                                       : QList<Change>{});
-    }
-    QList<Values> after(writeTargets.size());
-    const QStringList written = run(writeTargets, [&](ControllerClient& client, qsizetype i) {
-        queueWrites(client, changes[i]);
-        queueReads(client, readableSettings(false), &after[i]);
-        // Last, as they restart the controller's network and end the connection.
-        queueWrites(client, networkChanges[i]);
-        if (!networkChanges[i].isEmpty())
-            client.exchange(QByteArrayLiteral("SREL\r\n"), QByteArrayLiteral("RELI"));
-    });
-    s.UnlockPanels();
-    if (s.cancelled())
+    auto plans = client::planRestore(wanted, preview.withNetwork(), &error);
+    if (!plans) {
+        s.UnlockPanels();
+        s.exclamation(QStringLiteral("The settings file cannot be restored; nothing was "
+                                     "written:\n%1")
+                          .arg(error));
         return false;
-
-    QStringList done, failed;
-    for (qsizetype i = 0; i < targets.size(); ++i)
-        if (!failures[i].isEmpty())
-            failed << failures[i];
-    bool restarted = false;
-    for (qsizetype k = 0; k < writeTargets.size(); ++k) {
-        const QStringList different = differences(changes[k], after[k]);
-        if (!written[k].isEmpty())
-            failed << written[k];
-        else if (!different.isEmpty())
-            failed << QStringLiteral("%1: %2").arg(writeTargets[k].address,
-                                                   different.join(QLatin1String("; ")));
-        else {
-            QString line = QStringLiteral("%1: wrote %2 settings, read back equal")
-                               .arg(writeTargets[k].address)
-                               .arg(changes[k].size() + networkChanges[k].size());
-            if (!networkChanges[k].isEmpty()) {
-                line += QStringLiteral("; its network restarts with the new settings");
-                restarted = true;
-            }
-            done << line;
-        }
     }
+    QList<client::Target> own;
+    for (const client::RestoreTarget& t : wanted)
+        own << t.target;
+    client::Report report =
+        client::restore(runner("Restore", targets), *plans, s.ownRunner(own, TimeoutMs));
     for (const QString& who : unlisted)
-        failed << QStringLiteral("%1: not listed").arg(who);
-    // A controller whose network restarts drops its connection: the operator reconnects.
-    if (restarted)
-        s.SetOffline();
-    else if (refresh_)
-        refresh_();
-    const QString head = QStringLiteral("Restored the settings of %1 of %2 controllers.")
-                             .arg(done.size())
-                             .arg(targets.size() + unlisted.size());
-    if (failed.isEmpty())
-        s.information(summary(head, done, failed));
-    else
-        s.exclamation(summary(head, done, failed));
-    return failed.isEmpty();
+        report.controllers.append({{who, {}}, QStringLiteral("not listed"), {}, {}});
+    finishRestore(report, targets);
+    return report.done();
+}
+
+// The pages show what the controllers hold now: a controller whose network restarts
+// drops its connection and the operator reconnects; otherwise what the selected one
+// changed is read again.
+void SettingsBackup::finishRestore(const client::Report& report,
+                                   const QList<client::LentTarget>& targets) {
+    const bool stopped = s.cancelled();
+    bool restarted = false;
+    QSet<protocol::Group> changed;
+    for (qsizetype i = 0; i < targets.size(); ++i)
+        for (const client::SettingReport& setting : report.controllers[i].settings) {
+            if (setting.outcome == client::Outcome::NotSent)
+                continue;
+            const protocol::Group group = protocol::find(setting.name)->group;
+            restarted = restarted || group == protocol::Group::Network;
+            if (targets[i].entry == s.selected())
+                changed << group;
+        }
+    if (!stopped) {
+        s.UnlockPanels();
+        if (restarted)
+            s.SetOffline();
+        else if (readBack_)
+            readBack_(changed);
+    }
+    s.showReport(QStringLiteral("Restored the settings of %1 of %2 controllers.")
+                     .arg(report.doneCount())
+                     .arg(report.controllers.size()),
+                 report);
 }

@@ -1,7 +1,9 @@
 #pragma once
 
-#include "link/lentrun.h"
-#include "link/settingsio.h"
+#include "client/report.h"
+#include "client/run.h"
+#include "client/settingsio.h"
+#include "session/session.h"
 
 #include <QDialog>
 #include <QList>
@@ -11,7 +13,6 @@
 class QCheckBox;
 class QListWidget;
 class QWidget;
-class Session;
 
 // What a restore would write, shown before anything is: "address: setting: now -> file"
 // per line, and the box that lets the network settings be written too.
@@ -43,8 +44,8 @@ class SettingsBackup {
 public:
     static constexpr int TimeoutMs = 2000;
 
-    // refresh: the window's full refresh, run once the sockets are given back.
-    SettingsBackup(Session& session, std::function<void()> refresh, QWidget* parent);
+    // readBack: the window's reading of its pages, run once the sockets are given back.
+    SettingsBackup(Session& session, ReadBack readBack, QWidget* parent);
 
     // The menu entries: ask what to save or which file to restore, then go on below.
     void saveAsked();
@@ -53,14 +54,15 @@ public:
     // all: every listed controller, else the selected one. False after a message when
     // nothing could be written.
     bool save(const QString& path, bool all);
+    // False when anything was not restored as the file has it; the report says what.
     bool restore(const QString& path);
 
 private:
     bool ready(const QString& what);
-    QStringList run(const QList<LentTarget>& targets,
-                    const std::function<void(ControllerClient&, qsizetype)>& prepare);
+    client::Runner runner(const char* procedure, const QList<client::LentTarget>& targets);
+    void finishRestore(const client::Report& report, const QList<client::LentTarget>& targets);
 
     Session& s;
-    std::function<void()> refresh_;
+    ReadBack readBack_;
     QWidget* parent_;
 };

@@ -1,6 +1,5 @@
 #include "wall/wallplanner.h"
 
-#include "link/lentrun.h"
 #include "protocol/catalogue.h"
 #include "protocol/jsonfile.h"
 #include "session/session.h"
@@ -390,6 +389,14 @@ QStringList WallPlanner::unlisted(const wallplan::Plan& plan) const {
     return missing;
 }
 
+QStringList WallPlanner::unconnected(const QList<client::Placement>& placements) const {
+    QStringList down;
+    for (const client::Placement& p : placements)
+        if (!s.link().isConnected(int(s.addresses().indexOf(p.target.address))))
+            down << QStringLiteral("%1 (%2)").arg(p.target.address, p.target.mac);
+    return down;
+}
+
 bool WallPlanner::open(const QString& path) {
     QString error;
     const auto object = jsonfile::read(path, wallplan::Format, &error);
@@ -443,19 +450,22 @@ void WallPlanner::apply() {
         return;
     }
 
-    // Each controller gets its outputs' lines in plan order.
-    QList<LentTarget> targets;
-    QList<QList<wallplan::Assignment>> outputs;
-    for (const wallplan::Assignment& a : plan_.assignments) {
-        qsizetype i = 0;
-        while (i < targets.size() && targets[i].address != a.address)
-            ++i;
-        if (i == targets.size()) {
-            targets.append({int(s.addresses().indexOf(a.address)), a.address});
-            outputs.append(QList<wallplan::Assignment>{});
-        }
-        outputs[i] << a;
+    QString error;
+    auto placements = client::placements(plan_, &error);
+    if (!placements) {
+        s.exclamation(
+            QStringLiteral("The plan cannot be applied:\n%1\nNothing was sent.").arg(error));
+        return;
     }
+    if (const QStringList down = unconnected(*placements); !down.isEmpty()) {
+        s.exclamation(QStringLiteral("These controllers of the plan are not connected:\n%1\n"
+                                     "Nothing was sent.")
+                          .arg(down.join(QLatin1Char('\n'))));
+        return;
+    }
+    QList<client::LentTarget> targets;
+    for (const client::Placement& p : *placements)
+        targets.append({int(s.addresses().indexOf(p.target.address)), p.target.address});
 
     applying_ = true;
     applyButton_->setEnabled(false);
@@ -463,47 +473,28 @@ void WallPlanner::apply() {
     progress_->setRange(0, int(targets.size()));
     progress_->setValue(0);
     progress_->setVisible(true);
-    const QStringList failures = runLent(
-        s.link(), targets, TimeoutMs,
-        [&](ControllerClient& client, qsizetype i) {
-            for (const wallplan::Assignment& a : outputs[i]) {
-                const auto lines =
-                    protocol::placementLines(plan_.rows, plan_.cols, a.output, a.tile);
-                if (!lines) {
-                    client.fail(lines.error);
-                    return;
-                }
-                for (const protocol::Write& w : *lines)
-                    client.exchange(w.line, w.ack);
-            }
-        },
-        [this](qsizetype done) { progress_->setValue(int(done)); });
+    const client::Report report =
+        client::applyPlan(s.lentRunner("Wall apply", targets, TimeoutMs,
+                                       [this](qsizetype done) { progress_->setValue(int(done)); }),
+                          *placements);
     progress_->setVisible(false);
-    s.UnlockPanels();
     applyButton_->setEnabled(true);
     applying_ = false;
-    if (s.cancelled())
-        return;
-    if (refresh_)
-        refresh_();
-
-    QStringList done, failed;
-    for (qsizetype i = 0; i < targets.size(); ++i)
-        if (failures[i].isEmpty())
-            done << QStringLiteral("%1: placed %2 output(s)")
-                        .arg(targets[i].address)
-                        .arg(outputs[i].size());
-        else
-            failed << failures[i];
-    QString summary = QStringLiteral("Applied the wall plan to %1 of %2 controllers.")
-                          .arg(done.size())
-                          .arg(targets.size());
-    if (!done.isEmpty())
-        summary += QStringLiteral("\n\n") + done.join(QLatin1Char('\n'));
-    if (!failed.isEmpty())
-        summary += QStringLiteral("\n\nNot done:\n") + failed.join(QLatin1Char('\n'));
-    if (failed.isEmpty())
-        s.information(summary);
-    else
-        s.exclamation(summary);
+    if (!s.cancelled()) {
+        s.UnlockPanels();
+        if (refresh_)
+            refresh_();
+    }
+    qsizetype placed = 0;
+    for (const client::ControllerReport& c : report.controllers)
+        for (const client::SettingReport& setting : c.settings)
+            placed += setting.name.startsWith(QLatin1String("wall.position")) &&
+                      setting.outcome == client::Outcome::Written;
+    s.showReport(QStringLiteral("Applied the wall plan to %1 of %2 controllers: %3 of %4 "
+                                "outputs placed.")
+                     .arg(report.doneCount())
+                     .arg(report.controllers.size())
+                     .arg(placed)
+                     .arg(plan_.assignments.size()),
+                 report);
 }

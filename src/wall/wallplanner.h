@@ -1,5 +1,6 @@
 #pragma once
 
+#include "client/wallapply.h"
 #include "protocol/wallplan.h"
 
 #include <QList>
@@ -94,6 +95,7 @@ private:
     void setWallSize(int rows, int cols);
     void showPlan();
     QStringList unlisted(const wallplan::Plan& plan) const;
+    QStringList unconnected(const QList<client::Placement>& placements) const;
 
     Session& s;
     std::function<void()> refresh_;

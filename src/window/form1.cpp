@@ -149,6 +149,20 @@ WallPlanner& Form1::planner() {
     return *planner_;
 }
 
+// After a procedure of many settings the pages show what the selected controller
+// holds: the full refresh, and the pages it does not read where their settings changed.
+void Form1::ReadBack(const QSet<protocol::Group>& changed) {
+    using enum protocol::Group;
+    RefreshAll();
+    if (session_->cancelled() || !session_->isConnected())
+        return;
+    if (changed.contains(Brightness) || changed.contains(Contrast) ||
+        changed.contains(Saturation) || changed.contains(Hue))
+        pictureRead_->ReadPicture();
+    if (changed.contains(Trim))
+        trim_->ReadPositionTrim();
+}
+
 void Form1::showAbout() {
     QMessageBox::about(this, QStringLiteral("About Panomat Set"),
                        QStringLiteral("<p><b>Panomat Set %1</b></p>"
@@ -194,7 +208,7 @@ void Form1::buildFeatures() {
 // Procedures over the window's own connections that work on many controllers at once.
 void Form1::buildMenus() {
     backup_ = std::make_unique<SettingsBackup>(
-        *session_, [this] { RefreshAll(); }, this);
+        *session_, [this](const QSet<protocol::Group>& changed) { ReadBack(changed); }, this);
     QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
     file->addAction(QStringLiteral("&Save controller settings..."), this,
                     [this] { backup_->saveAsked(); });

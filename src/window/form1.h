@@ -52,6 +52,7 @@ public:
 
     void ShowPage(int page);
     void RefreshAll();
+    void ReadBack(const QSet<protocol::Group>& changed);
 
     void btn_con_Click();
     void cbo_ipaddr_Click();

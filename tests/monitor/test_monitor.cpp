@@ -2,7 +2,7 @@
 // the status bar, against virtual controllers.
 
 #include "commandhandler.h"
-#include "link/controllerclient.h"
+#include "protocol/command.h"
 #include "link/trafficlog.h"
 #include "monitor/trafficmonitor.h"
 #include "support/bench.h"

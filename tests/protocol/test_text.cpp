@@ -1,4 +1,4 @@
-#include "link/searchprogram.h"
+#include "client/searchrun.h"
 #include "protocol/legacytext.h"
 
 #include <QTest>

@@ -1,7 +1,11 @@
 #include "support/messageboxanswerer.h"
 
+#include "session/reportdialog.h"
+
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QPushButton>
 
 namespace {
 
@@ -26,6 +30,10 @@ QStringList MessageBoxAnswerer::texts() const {
 }
 
 void MessageBoxAnswerer::poll(bool force) {
+    if (auto* report = qobject_cast<ReportDialog*>(QApplication::activeModalWidget())) {
+        answerReport(report, force);
+        return;
+    }
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     if (!box || !box->isVisible())
         return;
@@ -41,4 +49,21 @@ void MessageBoxAnswerer::poll(bool force) {
     recorded_ = nullptr;
     if (button)
         button->click();
+}
+
+// A procedure's report is recorded as its text, head first, with the icon it shows.
+void MessageBoxAnswerer::answerReport(ReportDialog* report, bool force) {
+    if (!report->isVisible())
+        return;
+    if (report != recorded_) {
+        recorded_ = report;
+        seen_ << Seen{report->windowTitle(), report->text(),
+                      report->done() ? QMessageBox::Information : QMessageBox::Warning,
+                      QMessageBox::Ok};
+        reports_ << report->text();
+    }
+    if (held_ && !force)
+        return;
+    recorded_ = nullptr;
+    report->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
 }

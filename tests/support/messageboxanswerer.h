@@ -5,8 +5,11 @@
 #include <QObject>
 #include <QTimer>
 
+class ReportDialog;
+
 // Watches for modal message boxes, records what each showed and presses a button:
-// the chosen answer when the box offers it, else its first button.
+// the chosen answer when the box offers it, else its first button. A procedure's
+// report counts as a box whose text is the whole report.
 class MessageBoxAnswerer : public QObject {
     Q_OBJECT
 public:
@@ -27,14 +30,21 @@ public:
 
     QList<Seen> seen() const { return seen_; }
     QStringList texts() const;
-    void clear() { seen_.clear(); }
+    void clear() {
+        seen_.clear();
+        reports_.clear();
+    }
+    // The reports among them.
+    QStringList reports() const { return reports_; }
 
 private:
     void poll(bool force = false);
+    void answerReport(ReportDialog* report, bool force);
 
     QTimer timer_;
     QMessageBox::StandardButton answer_ = QMessageBox::Yes;
     QList<Seen> seen_;
-    QMessageBox* recorded_ = nullptr;
+    QWidget* recorded_ = nullptr;
+    QStringList reports_;
     bool held_ = false;
 };

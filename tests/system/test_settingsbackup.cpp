@@ -1,3 +1,5 @@
+#include "link/trafficlog.h"
+#include "monitor/trafficmonitor.h"
 #include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
 #include "support/bench.h"
@@ -5,6 +7,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QGroupBox>
@@ -16,6 +19,8 @@
 // Four virtual controllers in 127.68.20.0/24 and up, one subnet per test function.
 namespace {
 
+RestorePreview* openPreview();
+
 struct Backup : Bench {
     explicit Backup(int subnet) : Bench(QStringLiteral("127.68.%1.1").arg(subnet), 4) {
         form.show();
@@ -23,6 +28,57 @@ struct Backup : Bench {
     }
     sim::VirtualController* c(int number) { return &device(number - 1); }
 };
+
+// Twenty settings of many pages: the whole picture grid, trims, a bezel value, an OSD value.
+QStringList manySettings() {
+    QStringList names;
+    for (const char* family : {"brightness", "contrast", "saturation", "hue"})
+        for (const char* output : {"a", "b", "c", "d"})
+            names << QStringLiteral("%1.%2").arg(QLatin1String(family), QLatin1String(output));
+    return names + QStringList{"trim.h_start.a", "trim.v_end.d", "bezel.h.b", "osd.gain"};
+}
+
+// Moves each named setting to another value in its range, behind the window's back.
+void change(sim::VirtualController* c, const QStringList& names) {
+    sim::ControllerState state = c->state();
+    for (const QString& name : names) {
+        const protocol::Setting* s = protocol::find(name);
+        state.set(name, s->min + (state.value(name) - s->min + 7) % (s->max - s->min + 1));
+    }
+    c->setState(state);
+}
+
+// "setting -> outcome" of one controller's block in a report's text.
+QMap<QString, QString> outcomes(const QString& report, const QString& address) {
+    QMap<QString, QString> found;
+    bool inside = false;
+    for (const QString& line : report.split(u'\n')) {
+        if (!line.startsWith(QLatin1String("  "))) {
+            inside = line.startsWith(address + u' ') || line.startsWith(address + u':');
+            continue;
+        }
+        if (inside)
+            found.insert(line.trimmed().section(u' ', 0, 0), line.section(QLatin1String(": "), 1));
+    }
+    return found;
+}
+
+// The lines the traffic monitor shows as sent to controller index, without their end.
+QStringList monitored(const TrafficLog& log, int index) {
+    QStringList sent;
+    for (int r = 0; r < log.rowCount(); ++r)
+        if (log.index(r, TrafficLog::Direction).data().toString() == QLatin1String("sent") &&
+            log.index(r, 0).data(TrafficLog::IndexRole).toInt() == index)
+            sent << log.index(r, TrafficLog::Text).data().toString().chopped(4);
+    return sent;
+}
+
+void acceptPreview(Bench& bench) {
+    driver::when(&bench.form, [] { return openPreview() != nullptr; }, [] {
+        QTest::mouseClick(openPreview()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                          Qt::LeftButton);
+    });
+}
 
 RestorePreview* openPreview() {
     for (QWidget* w : QApplication::topLevelWidgets())
@@ -39,6 +95,10 @@ private slots:
     void backupPreviewRestoreReadsBackEqual();
     void networkIsRestoredOnlyWhenTicked();
     void badFilesAreRefusedWithTheirFault();
+    void manySettingsReachControllersPagesAndMonitor();
+    void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt_data();
+    void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt();
+    void stopWaitingLeavesTheReport();
 };
 
 void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
@@ -93,7 +153,7 @@ void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
     QCOMPARE(bench.c(2)->state().value("network.mode"), changed.value("network.mode"));
     const QStringList texts = bench.boxes.texts();
     QCOMPARE(texts.first(), QStringLiteral("Refresh completed !"));
-    QVERIFY2(texts.last().contains(QStringLiteral("127.68.20.2: wrote 1 settings, read back equal")),
+    QVERIFY2(texts.last().contains(QStringLiteral("\n  brightness.c = 50: read back equal")),
              qPrintable(texts.last()));
     QVERIFY(texts.last().startsWith(QStringLiteral("Restored the settings of 4 of 4 controllers.")));
     for (int n : {1, 3, 4})
@@ -129,10 +189,11 @@ void TestSettingsBackup::networkIsRestoredOnlyWhenTicked() {
     QVERIFY(linesOf(bench.c(2)).endsWith(QStringLiteral("SREL")));
     // The controller restarts its network: the window goes offline, as after Set IP.
     QVERIFY(!bench.form.session().isConnected());
-    QVERIFY2(bench.boxes.texts().last().contains(
-                 QStringLiteral("127.68.22.2: wrote 1 settings, read back equal; its network "
-                                "restarts with the new settings")),
-             qPrintable(bench.boxes.texts().last()));
+    const QString report = bench.boxes.texts().last();
+    QVERIFY2(report.contains(QStringLiteral("its network restarts with the new settings")) &&
+                 outcomes(report, "127.68.22.2").value("network.mode") ==
+                     QStringLiteral("written (the controller restarts its network with it)"),
+             qPrintable(report));
 }
 
 void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
@@ -174,6 +235,130 @@ void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
     }
     for (sim::VirtualController* c : bench.sim.controllers())
         QVERIFY(c->received().isEmpty());
+}
+
+void TestSettingsBackup::manySettingsReachControllersPagesAndMonitor() {
+    Backup bench(23);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("settings.json"));
+    QVERIFY(bench.form.backup().save(path, true));
+    const sim::ControllerState saved[] = {bench.c(1)->state(), bench.c(2)->state()};
+    for (int n : {1, 2})
+        change(bench.c(n), manySettings());
+    for (sim::VirtualController* c : bench.sim.controllers())
+        c->clearReceived();
+    TrafficLog& log = bench.form.monitor().log();
+    log.clear();
+
+    acceptPreview(bench);
+    bench.boxes.clear();
+    QVERIFY(bench.form.backup().restore(path));
+    for (int n : {1, 2})
+        QCOMPARE(bench.c(n)->state(), saved[n - 1]);
+    const QString report = bench.boxes.reports().last();
+    QVERIFY2(report.startsWith(QStringLiteral("Restored the settings of 4 of 4 controllers.")),
+             qPrintable(report));
+    for (const QString& address : {QStringLiteral("127.68.23.1"), QStringLiteral("127.68.23.2")})
+        for (const QString& name : manySettings())
+            QCOMPARE(outcomes(report, address).value(name), QStringLiteral("read back equal"));
+
+    // The pages show what the selected controller holds, those the refresh does not read too.
+    const std::array<QComboBox*, 5>* grid[] = {&bench.ui.cbo_image_bri, &bench.ui.cbo_image_con,
+                                               &bench.ui.cbo_image_sat, &bench.ui.cbo_image_hue};
+    for (int p = 0; p < 4; ++p)
+        for (int o = 1; o <= 4; ++o)
+            QCOMPARE((*grid[p])[o]->currentText(),
+                     QString::number(saved[0].value(manySettings()[4 * p + o - 1])));
+    QCOMPARE(bench.ui.HS_A[0]->value(), 255 + saved[0].value("trim.h_start.a"));
+    QCOMPARE(bench.ui.HS_A[15]->value(), 255 + saved[0].value("trim.v_end.d"));
+
+    // The monitor saw every line each controller received, lent runs included.
+    log.flush();
+    for (int n = 1; n <= 4; ++n)
+        QCOMPARE(monitored(log, n - 1), linesOf(bench.c(n)));
+    for (int r = 0; r < log.rowCount(); ++r)
+        if (log.index(r, TrafficLog::Direction).data().toString() == QLatin1String("received"))
+            QVERIFY2(log.index(r, TrafficLog::ReplyTime).data().toString().section(u' ', 0, 0)
+                             .remove(u',').toDouble() < 1000,
+                     "a reply timed from some other line than its own request");
+}
+
+void TestSettingsBackup::aDropAfterTheKthWriteIsReportedAsTheControllerHasIt_data() {
+    QTest::addColumn<int>("k");
+    for (int k : {1, 4, 8, 19})
+        QTest::addRow("after write %d", k) << k;
+}
+
+// The second controller drops its connection after the k-th write. It is read again on a
+// connection of its own, so the report says of each setting what the controller holds.
+void TestSettingsBackup::aDropAfterTheKthWriteIsReportedAsTheControllerHasIt() {
+    QFETCH(int, k);
+    Backup bench(30 + k);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("settings.json"));
+    QVERIFY(bench.form.backup().save(path, true));
+    const sim::ControllerState saved = bench.c(2)->state();
+    change(bench.c(2), manySettings());
+    sim::Faults drop;
+    drop.dropAfterWrites = k;
+    bench.c(2)->setFaults(drop);
+
+    acceptPreview(bench);
+    bench.boxes.clear();
+    QVERIFY(!bench.form.backup().restore(path));
+    const QString report = bench.boxes.reports().last();
+    QVERIFY2(report.startsWith(QStringLiteral("Restored the settings of 3 of 4 controllers.")),
+             qPrintable(report));
+    const QMap<QString, QString> said = outcomes(report, bench.addresses()[1]);
+    QCOMPARE(said.size(), manySettings().size());
+    int equal = 0;
+    for (const QString& name : manySettings()) {
+        const bool holds = bench.c(2)->state().value(name) == saved.value(name);
+        QVERIFY2(holds == (said.value(name) == QLatin1String("read back equal")),
+                 qPrintable(name + ": " + said.value(name)));
+        QVERIFY2(holds || said.value(name).startsWith(QLatin1String("not sent")) ||
+                     said.value(name).startsWith(QLatin1String("reads back")),
+                 qPrintable(name + ": " + said.value(name)));
+        equal += holds;
+    }
+    QCOMPARE(equal, k);
+}
+
+// Once the preview is accepted the second controller answers no read any more; the
+// operator stops waiting at its first read-back and still sees what was done.
+void TestSettingsBackup::stopWaitingLeavesTheReport() {
+    Backup bench(24);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("settings.json"));
+    QVERIFY(bench.form.backup().save(path, true));
+    change(bench.c(2), manySettings());
+    driver::when(&bench.form, [] { return openPreview() != nullptr; }, [&] {
+        sim::Faults silent;
+        for (const protocol::Command& c : protocol::commands())
+            if (c.effect == protocol::Effect::Read)
+                silent.silent << QByteArray(c.keyword);
+        bench.c(2)->setFaults(silent);
+        bench.c(2)->clearReceived();
+        QTest::mouseClick(openPreview()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                          Qt::LeftButton);
+    });
+    driver::when(&bench.form, [&] {
+        const QStringList lines = linesOf(bench.c(2));
+        return !lines.isEmpty() && lines.first().startsWith(u'S') && lines.last().startsWith(u'R');
+    }, [&] { bench.form.StopWaiting(); });
+    bench.boxes.clear();
+    QVERIFY(!bench.form.backup().restore(path));
+    QTRY_COMPARE(bench.boxes.reports().size(), 1);
+    const QString report = bench.boxes.reports().first();
+    QVERIFY2(report.contains(QStringLiteral("failed: stopped before the end")), qPrintable(report));
+    const QMap<QString, QString> said = outcomes(report, bench.addresses()[1]);
+    QCOMPARE(said.size(), manySettings().size());
+    for (const QString& outcome : said)
+        QVERIFY2(outcome.startsWith(QLatin1String("written")) ||
+                     outcome.startsWith(QLatin1String("sent, not confirmed")),
+                 qPrintable(outcome));
+    QVERIFY(bench.ui.sys_setting->isEnabled());
+    QVERIFY(!bench.form.session().isConnected());
 }
 
 int main(int argc, char* argv[]) {

@@ -1,12 +1,16 @@
 #pragma once
 
+#include "client/run.h"
+
+#include <QProcess>
 #include <QString>
 #include <QStringList>
 #include <optional>
 
 // The device search program and the two result files it leaves: MAC.txt, one MAC a
 // line, and IP.txt, whose last line holds every address in a field of fifteen
-// characters. The window and panomat-ctl run the same program the same way.
+// characters. The window and panomat-ctl run the same program the same way, through
+// search::Run.
 namespace search {
 
 inline const QString Program = QStringLiteral("ZEDA.exe");
@@ -25,6 +29,36 @@ QString resultFolder(const QString& program);
 
 // The arguments that send the results to folder.
 QStringList arguments(const QString& folder);
+
+// One run of the search program. The result files of an earlier run must never pass
+// for this one's: they go before the program starts, and what a failed program leaves
+// is not to be read. Each step that fails says why in message(), in the words the
+// operator is shown.
+class Run {
+public:
+    Run(); // finds the program and where its results go
+
+    bool found() const; // the program is there
+    // Makes the result folder, removes the last run's results and starts the program,
+    // minimised without focus where windows have that. Its own messages go to our
+    // error output; what it prints besides is not ours to show.
+    bool start();
+    // Until the program has ended: through wait (the window's pump) or an event loop of
+    // its own, for at most timeoutMs (below zero: no limit). False when the wait was
+    // stopped or the time ran out; the program is then killed.
+    bool wait(const client::Wait& wait = {}, int timeoutMs = -1);
+    // The program ended well, so its result files may be read.
+    bool endedWell();
+
+    QString folder() const { return folder_; }
+    QString message() const { return message_; }
+
+private:
+    QString program_;
+    QString folder_;
+    QString message_;
+    QProcess process_;
+};
 
 // All lines of a text file, or nothing when it cannot be opened.
 std::optional<QStringList> readLines(const QString& path);

@@ -1,4 +1,6 @@
-#include "link/settingsio.h"
+#include "client/settingsio.h"
+
+#include "protocol/command.h"
 
 #include <algorithm>
 

@@ -1,73 +1,76 @@
-#include "link/controllerclient.h"
+#include "client/controllerclient.h"
 
 #include "link/devicelink.h"
 #include "link/sendline.h"
+#include "protocol/command.h"
 
 #include <QHostAddress>
 #include <QTcpSocket>
 
 ControllerClient::ControllerClient(const QString& host, int timeoutMs, QObject* parent)
     : QObject(parent), host_(host), timeoutMs_(timeoutMs), socket_(new QTcpSocket(this)),
-      owned_(true) {
+      owned_(true), writer_([this](const QByteArray& line) { sendLine(socket_, line); }) {
     watch();
 }
 
-ControllerClient::ControllerClient(QTcpSocket* lent, const QString& host, int timeoutMs,
-                                   QObject* parent)
-    : QObject(parent), host_(host), timeoutMs_(timeoutMs), socket_(lent), owned_(false) {
+ControllerClient::ControllerClient(QTcpSocket* lent, Writer writer, const QString& host,
+                                   int timeoutMs, QObject* parent)
+    : QObject(parent), host_(host), timeoutMs_(timeoutMs), socket_(lent), owned_(false),
+      writer_(std::move(writer)) {
     watch();
-}
-
-void ControllerClient::watch() {
-    timer_.setSingleShot(true);
-    connect(&timer_, &QTimer::timeout, this, &ControllerClient::onTimeout);
-    connect(socket_, &QTcpSocket::connected, this, &ControllerClient::next);
-    connect(socket_, &QTcpSocket::readyRead, this, &ControllerClient::onReadyRead);
-    connect(socket_, &QTcpSocket::errorOccurred, this, [this] {
-        const bool closed = socket_->error() == QAbstractSocket::RemoteHostClosedError;
-        if (closed && running_ && queue_.head().rawWaitMs >= 0)
-            complete(buffer_); // a raw line may restart the controller
-        else if (closed && running_)
-            fail(QStringLiteral("closed the connection while waiting for the reply to %1")
-                     .arg(command()));
-        else if (!closed)
-            fail(socket_->errorString());
-    });
 }
 
 ControllerClient::~ControllerClient() = default;
 
+void ControllerClient::watch() {
+    // A coarse timer may fire up to 5 % early; a time-out must never be shorter than
+    // the one asked for.
+    timer_.setTimerType(Qt::PreciseTimer);
+    timer_.setSingleShot(true);
+    connect(&timer_, &QTimer::timeout, this, &ControllerClient::onTimeout);
+    connect(socket_, &QTcpSocket::connected, this, &ControllerClient::next);
+    connect(socket_, &QTcpSocket::readyRead, this, &ControllerClient::onReadyRead);
+    connect(socket_, &QTcpSocket::errorOccurred, this, &ControllerClient::onError);
+}
+
 void ControllerClient::exchange(const QByteArray& line, const QByteArray& replyKey, Answer answer) {
-    queue_.enqueue({line, replyKey, -1, std::move(answer)});
-    start();
+    if (!finished_)
+        queue_.enqueue({line, replyKey, -1, std::move(answer)});
 }
 
 void ControllerClient::sendRaw(const QByteArray& line, int waitMs, Answer answer) {
-    queue_.enqueue({line, {}, qMax(0, waitMs), std::move(answer)});
-    start();
+    if (!finished_)
+        queue_.enqueue({line, {}, qMax(0, waitMs), std::move(answer)});
 }
 
 void ControllerClient::then(std::function<void()> step) {
-    queue_.enqueue({{}, {}, -1, [step = std::move(step)](const QByteArray&) { step(); }});
-    start();
+    exchange({}, {}, [step = std::move(step)](const QByteArray&) { step(); });
 }
 
-void ControllerClient::start() {
-    if (!owned_ && !running_ && !finished_) {
+// Nothing goes out before this: a line that needs no reply would otherwise end a
+// lent client's run before the rest of its sequence is queued.
+void ControllerClient::begin() {
+    if (begun_ || finished_)
+        return;
+    begun_ = true;
+    if (queue_.isEmpty()) {
+        finished_ = true;
+        emit finished();
+        return;
+    }
+    if (!owned_) {
         if (socket_->state() == QAbstractSocket::ConnectedState)
             next();
         else
             fail(QStringLiteral("not connected"));
         return;
     }
-    if (socket_->state() != QAbstractSocket::UnconnectedState || finished_)
-        return;
     QHostAddress address;
     if (!isControllerAddress(host_, &address)) {
         fail(QStringLiteral("not a controller address"));
         return;
     }
-    timer_.start(timeoutMs_);
+    arm(timeoutMs_);
     socket_->connectToHost(address, DeviceLink::ControllerPort);
 }
 
@@ -75,9 +78,15 @@ QString ControllerClient::command() const {
     return queue_.isEmpty() ? QString() : QString::fromLatin1(queue_.head().line).trimmed();
 }
 
+void ControllerClient::arm(int ms) {
+    armed_.start();
+    armedMs_ = ms;
+    timer_.start(ms);
+}
+
 void ControllerClient::next() {
     timer_.stop();
-    if (finished_ || running_ || socket_->state() != QAbstractSocket::ConnectedState)
+    if (!begun_ || finished_ || running_ || socket_->state() != QAbstractSocket::ConnectedState)
         return;
     if (queue_.isEmpty()) {
         finished_ = true;
@@ -89,19 +98,24 @@ void ControllerClient::next() {
     const Exchange& e = queue_.head();
     running_ = true;
     buffer_.clear();
-    if (!e.line.isEmpty())
-        sendLine(socket_, e.line);
-    if (e.rawWaitMs >= 0) {
-        timer_.start(e.rawWaitMs);
-    } else if (e.replyKey.isEmpty()) {
-        complete({});
-    } else {
-        timer_.start(timeoutMs_);
+    if (!e.line.isEmpty()) {
+        writer_(e.line);
+        emit wrote(e.line);
     }
+    if (e.rawWaitMs >= 0)
+        arm(e.rawWaitMs);
+    else if (e.replyKey.isEmpty())
+        complete({});
+    else
+        arm(timeoutMs_);
 }
 
 void ControllerClient::onReadyRead() {
-    buffer_ += socket_->readAll();
+    if (finished_)
+        return; // a lent socket's late bytes belong to its owner again
+    const QByteArray chunk = socket_->readAll();
+    emit arrived(chunk);
+    buffer_ += chunk;
     if (!running_ || queue_.isEmpty()) {
         fail(QStringLiteral("sent %1 unasked").arg(visibleText(buffer_.left(MaxReplyBytes))));
         return;
@@ -132,6 +146,11 @@ void ControllerClient::onReadyRead() {
 }
 
 void ControllerClient::onTimeout() {
+    const qint64 left = armedMs_ - armed_.elapsed();
+    if (left > 0) {
+        timer_.start(int(left));
+        return;
+    }
     if (running_ && queue_.head().rawWaitMs >= 0)
         complete(buffer_);
     else if (running_)
@@ -140,20 +159,29 @@ void ControllerClient::onTimeout() {
         fail(QStringLiteral("no connection within %1 ms").arg(timeoutMs_));
 }
 
+void ControllerClient::onError() {
+    if (finished_)
+        return;
+    if (socket_->error() != QAbstractSocket::RemoteHostClosedError)
+        fail(socket_->errorString());
+    else if (running_ && queue_.head().rawWaitMs >= 0)
+        complete(buffer_); // a raw line may restart the controller
+    else if (running_)
+        fail(QStringLiteral("closed the connection while waiting for the reply to %1")
+                 .arg(command()));
+    else
+        fail(QStringLiteral("closed the connection"));
+}
+
 void ControllerClient::complete(const QByteArray& reply) {
     timer_.stop();
     const Exchange e = queue_.dequeue();
     running_ = false;
+    if (!reply.isEmpty())
+        emit replied();
     if (e.answer)
         e.answer(reply);
     next();
-}
-
-void ControllerClient::endIfIdle() {
-    if (queue_.isEmpty() && !running_ && !finished_) {
-        finished_ = true;
-        emit finished();
-    }
 }
 
 void ControllerClient::fail(const QString& why) {
@@ -166,27 +194,7 @@ void ControllerClient::fail(const QString& why) {
     queue_.clear();
     if (owned_)
         socket_->abort();
-    else
+    else if (socket_->isOpen())
         socket_->readAll(); // what is left of a reply that did not make sense
     emit failed(QStringLiteral("%1: %2").arg(host_, why));
-}
-
-QString visibleText(const QByteArray& bytes) {
-    QString text;
-    for (const char c : bytes) {
-        const auto u = static_cast<unsigned char>(c);
-        if (c == '\r')
-            text += QLatin1String("\\r");
-        else if (c == '\n')
-            text += QLatin1String("\\n");
-        else if (c == '\t')
-            text += QLatin1String("\\t");
-        else if (c == '\\')
-            text += QLatin1String("\\\\");
-        else if (u < 0x20 || u >= 0x7f)
-            text += QStringLiteral("\\x%1").arg(u, 2, 16, QLatin1Char('0'));
-        else
-            text += QLatin1Char(c);
-    }
-    return text;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "link/controllerclient.h"
+#include "client/controllerclient.h"
 #include "protocol/catalogue.h"
 
 #include <QList>

@@ -1,0 +1,169 @@
+#include "client/searchrun.h"
+
+#include "protocol/legacytext.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QTextStream>
+#include <QTimer>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
+
+namespace search {
+
+namespace {
+
+constexpr int AddressField = 15;
+
+QString besideProgram(const QString& name) {
+    return QDir(QCoreApplication::applicationDirPath()).filePath(name);
+}
+
+} // namespace
+
+QString program() {
+    const QString beside = besideProgram(Program);
+    if (QFileInfo(beside).isFile())
+        return beside;
+    const QString installed =
+        QDir::cleanPath(besideProgram(QStringLiteral(PANOMAT_HELPER_DIR "/") + Program));
+    return QFileInfo(installed).isFile() ? installed : beside;
+}
+
+QString resultFolder(const QString& program) {
+    const QString folder = QCoreApplication::applicationDirPath();
+    if (QFileInfo(program).absolutePath() == folder && QFileInfo(folder).isWritable())
+        return folder;
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
+        .filePath(QStringLiteral("panomat-set"));
+}
+
+QStringList arguments(const QString& folder) {
+    if (folder == QCoreApplication::applicationDirPath())
+        return {};
+    return {QStringLiteral("--output-dir"), folder};
+}
+
+Run::Run() : program_(program()), folder_(resultFolder(program_)) {
+    if (!found())
+        message_ =
+            QStringLiteral("Cannot find %1 in %2 !")
+                .arg(Program, QDir::toNativeSeparators(QCoreApplication::applicationDirPath()));
+}
+
+bool Run::found() const {
+    return QFileInfo(program_).isFile();
+}
+
+bool Run::start() {
+    if (!found())
+        return false;
+    const QDir results(folder_);
+    if (!results.mkpath(QStringLiteral("."))) {
+        message_ = QStringLiteral("Cannot create %1 !").arg(QDir::toNativeSeparators(folder_));
+        return false;
+    }
+    for (const QString& name : {MacFile, IpFile}) {
+        QFile file(results.filePath(name));
+        if (file.exists() && !file.remove()) {
+            message_ =
+                QStringLiteral("Cannot remove the old %1: %2 !").arg(name, file.errorString());
+            return false;
+        }
+    }
+    process_.setProgram(program_);
+    process_.setArguments(arguments(folder_));
+    process_.setWorkingDirectory(QCoreApplication::applicationDirPath());
+    process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process_.setStandardOutputFile(QProcess::nullDevice());
+#ifdef Q_OS_WIN
+    process_.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* args) {
+        args->startupInfo->dwFlags |= STARTF_USESHOWWINDOW;
+        args->startupInfo->wShowWindow = SW_SHOWMINNOACTIVE;
+    });
+#endif
+    process_.start();
+    if (!process_.waitForStarted(-1) && process_.error() == QProcess::FailedToStart) {
+        message_ = QStringLiteral("Cannot start %1: %2").arg(Program, process_.errorString());
+        return false;
+    }
+    return true;
+}
+
+bool Run::wait(const client::Wait& wait, int timeoutMs) {
+    const auto ended = [this] { return process_.state() == QProcess::NotRunning; };
+    QEventLoop loop;
+    QTimer limit;
+    limit.setSingleShot(true);
+    limit.setTimerType(Qt::PreciseTimer);
+    bool timedOut = false;
+    QObject::connect(&limit, &QTimer::timeout, &loop, [&] {
+        timedOut = true;
+        loop.quit();
+    });
+    QObject::connect(&process_, &QProcess::finished, &loop, &QEventLoop::quit);
+    if (timeoutMs >= 0)
+        limit.start(timeoutMs);
+    bool waited = true;
+    if (wait)
+        waited = wait([&] { return ended() || timedOut; });
+    else if (!ended())
+        loop.exec();
+    if (waited && !timedOut)
+        return true;
+    if (timedOut)
+        message_ =
+            QStringLiteral("%1 did not end within %2 s !").arg(Program).arg(timeoutMs / 1000);
+    process_.kill();
+    process_.waitForFinished(-1);
+    return false;
+}
+
+bool Run::endedWell() {
+    if (process_.exitStatus() == QProcess::CrashExit) {
+        message_ = QStringLiteral("%1 ended abnormally !").arg(Program);
+        return false;
+    }
+    if (process_.exitCode() != 0) {
+        message_ =
+            QStringLiteral("%1 failed with exit code %2 !").arg(Program).arg(process_.exitCode());
+        return false;
+    }
+    return true;
+}
+
+std::optional<QStringList> readLines(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return std::nullopt;
+    QTextStream in(&file);
+    in.setEncoding(QStringConverter::Latin1);
+    QStringList lines;
+    while (!in.atEnd())
+        lines << in.readLine();
+    return lines;
+}
+
+QStringList macs(const QStringList& macLines) {
+    QStringList result;
+    for (const QString& line : macLines)
+        result << line.left(MacLength);
+    return result;
+}
+
+} // namespace search
+
+QString addressFromLine(const QString& line, int index) {
+    QStringList octets;
+    for (int offset : {1, 5, 9, 13}) {
+        const QString field = legacy::mid(line, search::AddressField * index + offset, 3);
+        octets << QString::number(legacy::roundHalfEven(legacy::val(field)));
+    }
+    return octets.join(u'.');
+}

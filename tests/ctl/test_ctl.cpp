@@ -4,6 +4,9 @@
 
 #include <QDeadlineTimer>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -39,6 +42,8 @@ private slots:
     void badInputSendsNothing();
     void faultsAreNamedAndTheOthersDone_data();
     void faultsAreNamedAndTheOthersDone();
+    void aCutRunIsReportedAsTheControllerHasIt_data();
+    void aCutRunIsReportedAsTheControllerHasIt();
 
 private:
     // Runs panomat-ctl while this process's controllers answer it.
@@ -119,7 +124,8 @@ void TestCtl::backupChangeRestore() {
 
     run = ctl({"restore", file("b.json")});
     QCOMPARE(run.exit, 0);
-    QVERIFY2(run.out.contains("127.67.0.2: wrote 3 settings, read back equal"),
+    QVERIFY2(run.out.contains("127.67.0.2: 3 settings: 3 read back equal\n"
+                              "  osd.timeout = 2: read back equal\n"),
              qPrintable(run.out));
     QCOMPARE(controllers_[0]->state(), before);
     run = ctl(
@@ -254,6 +260,87 @@ void TestCtl::faultsAreNamedAndTheOthersDone() {
     QVERIFY(run.err.contains("1 of 3 controllers failed; the others are done"));
     for (int i : {0, 2})
         QCOMPARE(run.out.count(address(i)), 2);
+}
+
+void TestCtl::aCutRunIsReportedAsTheControllerHasIt_data() {
+    QTest::addColumn<QString>("procedure");
+    QTest::addColumn<int>("k");
+    QTest::addColumn<QString>("deadline");
+    for (int k : {1, 4, 8})
+        QTest::addRow("restore, drop after write %d", k) << "restore" << k << QString();
+    for (int k : {1, 4, 7})
+        QTest::addRow("apply, drop after write %d", k) << "apply" << k << QString();
+    QTest::newRow("restore, deadline") << "restore" << 0 << "1";
+}
+
+// The first controller drops after its k-th write, or answers each read just in time
+// for its time-out but too slowly for the whole run's deadline. The report says of each
+// setting what the controller holds.
+void TestCtl::aCutRunIsReportedAsTheControllerHasIt() {
+    QFETCH(QString, procedure);
+    QFETCH(int, k);
+    QFETCH(QString, deadline);
+    sim::VirtualController& first = *controllers_[0];
+    const sim::ControllerState before = first.state();
+    QStringList arguments;
+    QStringList names;
+    if (procedure == "restore") {
+        QCOMPARE(ctl({"backup", "-o", file("b.json"), "--host", address(0)}).exit, 0);
+        sim::ControllerState changed = before;
+        for (const char* family : {"brightness", "contrast", "saturation", "hue"})
+            for (const char* output : {"a", "b", "c", "d"}) {
+                names << QStringLiteral("%1.%2").arg(QLatin1String(family), QLatin1String(output));
+                changed.set(names.last(), 11);
+            }
+        first.setState(changed);
+        arguments = QStringList{"restore", file("b.json"), "--json"};
+    } else {
+        sim::ControllerState elsewhere = before;
+        for (const char* output : {"a", "b", "c", "d"})
+            elsewhere.set(QStringLiteral("wall.position.%1").arg(QLatin1String(output)), 16);
+        first.setState(elsewhere);
+        QCOMPARE(ctl({"wall", "plan", "--rows", "4", "--cols", "4", "--host", hosts(4), "-o",
+                      file("p.json")})
+                     .exit,
+                 0);
+        names = QStringList{"wall.position.a", "wall.position.b", "wall.position.c",
+                            "wall.position.d"};
+        arguments = QStringList{"wall", "apply", file("p.json"), "--json"};
+    }
+    const sim::ControllerState sent = first.state();
+    sim::Faults faults;
+    faults.dropAfterWrites = k;
+    faults.latencyMs = deadline.isEmpty() ? 0 : 150;
+    first.setFaults(faults);
+    if (!deadline.isEmpty())
+        arguments << "--deadline" << deadline << "--timeout" << "1000";
+    const Run run = ctl(arguments);
+    QCOMPARE(run.exit, 1);
+    const QJsonArray report = QJsonDocument::fromJson(run.out.toUtf8()).array();
+    QVERIFY2(!report.isEmpty(), qPrintable(run.out));
+    const QJsonObject mine = report.first().toObject();
+    QCOMPARE(mine.value("address").toString(), address(0));
+    QMap<QString, QString> outcome;
+    for (const QJsonValue& v : mine.value("settings").toArray())
+        outcome.insert(v["name"].toString(), v["outcome"].toString());
+    // A setting is called done exactly where the controller holds what was wanted.
+    const QString done = procedure == "restore" ? "equal" : "written";
+    int held = 0;
+    for (const QString& name : names) {
+        const bool holds = procedure == "restore"
+                               ? first.state().value(name) == before.value(name)
+                               : first.state().value(name) != sent.value(name);
+        QVERIFY2(holds == (outcome.value(name) == done), qPrintable(name + ": " + outcome.value(name)));
+        held += holds;
+    }
+    if (deadline.isEmpty())
+        QCOMPARE(held, procedure == "restore" ? k : k / 2);
+    else
+        QVERIFY2(mine.value("failure").toString().endsWith("the deadline passed") && held == 0,
+                 qPrintable(run.out));
+    // The other controllers of the plan are done.
+    for (qsizetype i = 1; i < report.size(); ++i)
+        QVERIFY(report[i].toObject().value("done").toBool());
 }
 
 QTEST_GUILESS_MAIN(TestCtl)

@@ -67,6 +67,8 @@ private slots:
     void planSurvivesSaveAndOpen();
     void badPlansAndStatesAreRefused();
     void silentAndDroppingControllersAreNamedOthersAreDone();
+    void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt_data();
+    void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt();
 };
 
 void TestPlanner::autoFillAppliesEveryControllersTiles() {
@@ -81,10 +83,14 @@ void TestPlanner::autoFillAppliesEveryControllersTiles() {
     QCOMPARE(planner->findChild<QLabel*>(QStringLiteral("planner_coverage"))->text(),
              QStringLiteral("Every tile is shown by one output."));
 
-    // While it runs, the window's own handlers see nothing of it.
+    // While it runs, the window's own handlers see nothing of it. The last controller
+    // answers slowly, so that the apply is still running when the watcher looks.
     const QString shown = bench.form.ui.TextInfo->text();
     QString shownDuring;
     bool lockedDuring = false;
+    sim::Faults slow;
+    slow.latencyMs = 20;
+    bench.c(4)->setFaults(slow);
     driver::when(
         &bench.form, [&] { return linesOf(bench.c(4)).size() >= 4; },
         [&] {
@@ -115,7 +121,8 @@ void TestPlanner::autoFillAppliesEveryControllersTiles() {
     const QStringList texts = bench.boxes.texts();
     QCOMPARE(texts.size(), 2);
     QCOMPARE(texts[0], QStringLiteral("Refresh completed !"));
-    QVERIFY2(texts[1].startsWith(QStringLiteral("Applied the wall plan to 4 of 4 controllers.")),
+    QVERIFY2(texts[1].startsWith(QStringLiteral(
+                 "Applied the wall plan to 4 of 4 controllers: 16 of 16 outputs placed.")),
              qPrintable(texts[1]));
     QCOMPARE(bench.boxes.seen().last().icon, QMessageBox::Information);
 }
@@ -271,11 +278,15 @@ void TestPlanner::silentAndDroppingControllersAreNamedOthersAreDone() {
     Planner::press(planner, "planner_apply");
 
     const QString summary = bench.boxes.texts().last();
-    QVERIFY2(summary.startsWith(QStringLiteral("Applied the wall plan to 2 of 4 controllers.")),
+    QVERIFY2(summary.startsWith(QStringLiteral(
+                 "Applied the wall plan to 2 of 4 controllers: 9 of 16 outputs placed.")),
              qPrintable(summary));
-    QVERIFY2(summary.contains(QStringLiteral("Not done:\n127.68.5.3: no reply to SCO 1 9 within 2000 ms\n"
-                                             "127.68.5.4: closed the connection while waiting for "
-                                             "the reply to SCO 2 14")),
+    const QString mac3 = bench.form.ui.cbo_ipaddr->itemText(2);
+    QVERIFY2(summary.contains(QStringLiteral("127.68.5.3 (%1): failed: no reply to SCO 1 9 within "
+                                             "2000 ms")
+                                  .arg(mac3)) &&
+                 summary.contains(QStringLiteral("  wall.position.b = 14: sent, not confirmed\n"
+                                                 "  wall.rows = 4: not sent")),
              qPrintable(summary));
     QCOMPARE(bench.boxes.seen().last().icon, QMessageBox::Warning);
     for (int n : {1, 2})
@@ -284,14 +295,50 @@ void TestPlanner::silentAndDroppingControllersAreNamedOthersAreDone() {
     QCOMPARE(linesOf(bench.c(3)), (QStringList{"SMNC 4 4 1", "SCO 1 9"}));
     QVERIFY(bench.form.ui.sys_setting->isEnabled());
 
-    // A controller gone since: its socket is not connected, and it is named as not done.
+    // Controllers gone since (the one that dropped, and one stopped): their sockets are
+    // not connected, and nothing is sent to anyone.
     bench.c(2)->stop();
     QTRY_VERIFY(!bench.form.session().link().isConnected(1));
+    for (sim::VirtualController* c : bench.sim.controllers())
+        c->clearReceived();
     bench.boxes.clear();
     Planner::press(planner, "planner_apply");
-    QVERIFY2(bench.boxes.texts().last().contains(QStringLiteral("\n127.68.5.2: not connected")),
-             qPrintable(bench.boxes.texts().last()));
-    QVERIFY(bench.boxes.texts().last().contains(QStringLiteral("127.68.5.1: placed 4 output(s)")));
+    QCOMPARE(bench.boxes.texts(),
+             QStringList{QStringLiteral("These controllers of the plan are not connected:\n"
+                                        "127.68.5.2 (%1)\n127.68.5.4 (%2)\nNothing was sent.")
+                             .arg(bench.form.ui.cbo_ipaddr->itemText(1),
+                                  bench.form.ui.cbo_ipaddr->itemText(3))});
+    for (sim::VirtualController* c : bench.sim.controllers())
+        QVERIFY(c->received().isEmpty());
+}
+
+void TestPlanner::aDropAfterTheKthWriteIsReportedAsTheControllerHasIt_data() {
+    QTest::addColumn<int>("k");
+    for (int k : {1, 4, 7})
+        QTest::addRow("after write %d", k) << k;
+}
+
+// The second controller drops after its k-th line: the tiles the report calls written
+// are those it holds, and no other.
+void TestPlanner::aDropAfterTheKthWriteIsReportedAsTheControllerHasIt() {
+    QFETCH(int, k);
+    Planner bench(10 + k);
+    sim::Faults drop;
+    drop.dropAfterWrites = k;
+    bench.c(2)->setFaults(drop);
+    WallPlanner* planner = bench.openPlanner();
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
+    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
+    Planner::press(planner, "planner_autofill");
+    Planner::press(planner, "planner_apply");
+    const QString summary = bench.boxes.texts().last();
+    QVERIFY2(summary.contains(QStringLiteral(": %1 of 16 outputs placed.").arg(12 + k / 2)),
+             qPrintable(summary));
+    for (int o = 0; o < 4; ++o) {
+        const QString name = QStringLiteral("wall.position.%1").arg(QChar(u'a' + o));
+        const QString written = QStringLiteral("  %1 = %2: written").arg(name).arg(5 + o);
+        QCOMPARE(summary.contains(written), bench.c(2)->state().value(name) == 5 + o);
+    }
 }
 
 int main(int argc, char* argv[]) {

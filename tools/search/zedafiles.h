@@ -18,7 +18,8 @@ enum class ReadResult { Ok, Missing, Refused };
 // Reads `path` into *text when it is a regular file of at most `cap` bytes (a link to
 // one is fine). A FIFO is opened without waiting for a writer and, like a device or a
 // folder, refused by name; so is a larger file, before anything is read. *why says
-// what went wrong. Missing is "no such file", which callers treat as "none configured".
+// what went wrong. Missing: it cannot be opened at all (absent, not permitted), which
+// callers treat as "none configured", as before.
 ReadResult readRegularFile(const std::string& path, size_t cap, std::string* text,
                            std::string* why);
 

@@ -10,12 +10,25 @@
 #include <QTcpSocket>
 #include <QTimer>
 #include <algorithm>
+#include <cerrno>
 #include <deque>
+#include <fcntl.h>
 #include <functional>
 #include <optional>
+#include <unistd.h>
 #include <utility>
 
 namespace sim {
+
+namespace {
+
+// The controllers of this process: they share its descriptors.
+QList<VirtualController*>& everyController() {
+    static QList<VirtualController*> all;
+    return all;
+}
+
+} // namespace
 
 namespace {
 
@@ -275,9 +288,15 @@ private:
 
 VirtualController::VirtualController(int number, QObject* parent) : QObject(parent) {
     state_.number = number;
+    retry_ = new QTimer(this);
+    retry_->setInterval(250);
+    retry_->setSingleShot(true);
+    connect(retry_, &QTimer::timeout, this, &VirtualController::resumeAccepting);
+    everyController().append(this);
 }
 
 VirtualController::~VirtualController() {
+    everyController().removeOne(this);
     stop();
 }
 
@@ -289,8 +308,7 @@ bool VirtualController::listen(const QHostAddress& address, quint16 port) {
         delete server;
         return false;
     }
-    server_ = server;
-    connect(server_, &QTcpServer::newConnection, this, &VirtualController::accept);
+    takeServer(server);
     address_ = address;
     port_ = port;
     error_.clear();
@@ -302,6 +320,53 @@ void VirtualController::stop() {
     dropAll();
     delete server_;
     server_ = nullptr;
+    starved_ = false;
+    retry_->stop();
+}
+
+void VirtualController::takeServer(QTcpServer* server) {
+    server_ = server;
+    starved_ = false;
+    connect(server_, &QTcpServer::newConnection, this, &VirtualController::accept);
+    // Not every Qt reports a failed accept; where it does, it pauses this server only.
+    connect(server_, &QTcpServer::acceptError, this, [this] { starveAll(); });
+}
+
+// Out of descriptors, accept() fails while the listening socket stays readable: Qt
+// drops the failure and the event loop calls back at once, for ever, one core spun
+// until clients went. Every controller of the process draws on the same descriptors,
+// so all stop accepting; the clients wait in the system's listen queue meanwhile.
+void VirtualController::starveAll() {
+    for (VirtualController* c : everyController()) {
+        if (!c->server_ || c->starved_)
+            continue;
+        c->server_->pauseAccepting();
+        c->starved_ = true;
+        c->retry_->start();
+        c->log(QStringLiteral("no file descriptor left for another connection; accepting "
+                              "again when one frees"));
+    }
+}
+
+// One is freed when a connection of any controller closes; the timer covers those
+// freed elsewhere.
+void VirtualController::resumeAccepting() {
+    if (!server_ || !starved_)
+        return;
+    if (!descriptorFree()) {
+        retry_->start();
+        return;
+    }
+    starved_ = false;
+    server_->resumeAccepting();
+}
+
+bool VirtualController::descriptorFree() {
+    const int fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return errno != EMFILE && errno != ENFILE;
+    ::close(fd);
+    return true;
 }
 
 bool VirtualController::isListening() const {
@@ -321,12 +386,19 @@ void VirtualController::accept() {
         ++accepted_;
         log(QStringLiteral("connected from %1").arg(c->peer()));
     }
+    // That may have taken the last descriptor: stop before accept() starts failing.
+    if (!descriptorFree())
+        starveAll();
 }
 
 void VirtualController::dropConnection(Connection* c) {
     if (!connections_.removeOne(c))
         return;
     log(QStringLiteral("connection from %1 closed").arg(c->peer()));
+    // Its descriptor is free once the connection is deleted: try again right after.
+    for (VirtualController* other : everyController())
+        if (other->starved_)
+            connect(c, &QObject::destroyed, other, &VirtualController::resumeAccepting);
     c->deleteLater();
 }
 
@@ -421,8 +493,7 @@ bool VirtualController::moveTo(const QHostAddress& address) {
         return false;
     }
     delete server_;
-    server_ = server;
-    connect(server_, &QTcpServer::newConnection, this, &VirtualController::accept);
+    takeServer(server);
     const QString old = name();
     address_ = address;
     log(QStringLiteral("moved here from %1").arg(old));

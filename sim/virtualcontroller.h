@@ -11,6 +11,7 @@
 #include <functional>
 
 class QTcpServer;
+class QTimer;
 
 namespace sim {
 
@@ -71,6 +72,10 @@ private:
     friend class Connection;
 
     void accept();
+    void takeServer(QTcpServer* server);
+    static void starveAll();
+    void resumeAccepting();
+    static bool descriptorFree();
     void dropConnection(Connection* c);
     void process(Connection* c, const QByteArray& line);
     void restart(bool factory);
@@ -81,6 +86,9 @@ private:
     ControllerState state_;
     Faults faults_;
     QTcpServer* server_ = nullptr;
+    // Accepting paused: the process has no descriptor left for a new connection.
+    bool starved_ = false;
+    QTimer* retry_ = nullptr;
     QHostAddress address_;
     quint16 port_ = DefaultPort;
     QString error_;

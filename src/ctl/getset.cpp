@@ -187,10 +187,19 @@ int runSend(const QStringList& arguments) {
     if (!targets)
         return Usage;
     QStringList answers(targets->size());
-    const QStringList failures = runAll(*targets, cli, [&](ControllerClient& client, qsizetype i) {
-        client.sendRaw(line.toLatin1() + "\r\n", waitMs,
-                       [&answers, i](const QByteArray& reply) { answers[i] = visibleText(reply); });
-    });
+    QStringList failures =
+        runAll(*targets, cli, [&](ControllerClient& client, qsizetype i) {
+            client.sendRaw(
+                line.toLatin1() + "\r\n", waitMs,
+                [&answers, i](const QByteArray& reply) { answers[i] = visibleText(reply); });
+        });
+    // A silent controller, or one that closes without a word, answered nothing: that is
+    // a failure for a script, not an empty answer.
+    for (qsizetype i = 0; i < targets->size(); ++i)
+        if (failures[i].isEmpty() && answers[i].isEmpty())
+            failures[i] = QStringLiteral("%1: no answer to %2 within %3 ms")
+                              .arg((*targets)[i].address, line)
+                              .arg(waitMs);
     for (qsizetype i = 0; i < targets->size(); ++i)
         if (failures[i].isEmpty())
             QTextStream(stdout) << (*targets)[i].address << ": " << answers[i] << '\n';

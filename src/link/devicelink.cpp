@@ -1,13 +1,14 @@
 #include "link/devicelink.h"
 
 #include "link/sendline.h"
+#include "protocol/address.h"
 
 #include <QHostAddress>
 #include <QTcpSocket>
 
 bool isControllerAddress(const QString& host, QHostAddress* address) {
-    return address->setAddress(host) && address->protocol() == QAbstractSocket::IPv4Protocol &&
-           address->toString() == host && *address != QHostAddress(QHostAddress::AnyIPv4);
+    return protocol::isControllerAddressText(host) && address->setAddress(host) &&
+           address->protocol() == QAbstractSocket::IPv4Protocol;
 }
 
 DeviceLink::DeviceLink(QObject* parent) : QObject(parent) {}

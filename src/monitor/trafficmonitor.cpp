@@ -1,8 +1,10 @@
 #include "monitor/trafficmonitor.h"
 
 #include "link/trafficlog.h"
+#include "protocol/safefile.h"
 #include "session/session.h"
 
+#include <QBuffer>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -10,7 +12,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QScrollBar>
 #include <QSortFilterProxyModel>
 #include <QTableView>
@@ -148,12 +149,14 @@ void TrafficMonitor::save() {
 
 bool TrafficMonitor::saveTo(const QString& path) {
     log_->flush();
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Text) &&
-        writeRows(file, *filter_, path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) &&
-        file.commit())
+    // The rows are bounded, so they are gathered first and the file replaced whole.
+    QBuffer rows;
+    rows.open(QIODevice::WriteOnly);
+    QString why;
+    if (writeRows(rows, *filter_, path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) &&
+        safefile::writeFileReplacing(path, rows.data(), &why))
         return true;
-    s_.exclamation(
-        QStringLiteral("Cannot save the traffic to %1: %2").arg(path, file.errorString()));
+    s_.exclamation(QStringLiteral("Cannot save the traffic to %1: %2")
+                       .arg(path, why.isEmpty() ? rows.errorString() : why));
     return false;
 }

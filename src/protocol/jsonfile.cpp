@@ -1,15 +1,17 @@
 #include "protocol/jsonfile.h"
 
-#include <QFile>
+#include "protocol/address.h"
+#include "protocol/safefile.h"
+
 #include <QJsonDocument>
 #include <QJsonParseError>
-#include <QSaveFile>
 
 namespace jsonfile {
 
 namespace {
 
-// A file larger than this is no settings file or plan.
+// A file larger than this is no settings file or plan (255 controllers' settings take
+// well under 1 MiB).
 constexpr qint64 MaxBytes = 16 * 1024 * 1024;
 
 QString lineAndColumn(const QByteArray& text, qsizetype offset) {
@@ -22,16 +24,13 @@ QString lineAndColumn(const QByteArray& text, qsizetype offset) {
 } // namespace
 
 std::optional<QJsonObject> read(const QString& path, const QString& expected, QString* error) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("%1: %2").arg(path, file.errorString());
+    QString why;
+    const std::optional<QByteArray> read = safefile::readRegularFile(path, MaxBytes, &why);
+    if (!read) {
+        *error = QStringLiteral("%1: %2").arg(path, why);
         return std::nullopt;
     }
-    if (file.size() > MaxBytes) {
-        *error = QStringLiteral("%1: larger than %2 MiB").arg(path).arg(MaxBytes >> 20);
-        return std::nullopt;
-    }
-    const QByteArray text = file.readAll();
+    const QByteArray& text = *read;
     QJsonParseError parse;
     const QJsonDocument document = QJsonDocument::fromJson(text, &parse);
     if (parse.error != QJsonParseError::NoError) {
@@ -46,17 +45,19 @@ std::optional<QJsonObject> read(const QString& path, const QString& expected, QS
     const QString format = document.object().value(QLatin1String("format")).toString();
     if (format != expected) {
         *error = QStringLiteral("%1: format is \"%2\", expected \"%3\"")
-                     .arg(path, format.isEmpty() ? QStringLiteral("(none)") : format, expected);
+                     .arg(path,
+                          format.isEmpty() ? QStringLiteral("(none)") : protocol::shownText(format),
+                          expected);
         return std::nullopt;
     }
     return document.object();
 }
 
 bool write(const QString& path, const QJsonObject& object, QString* error) {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write(QJsonDocument(object).toJson(QJsonDocument::Indented)) < 0 || !file.commit()) {
-        *error = QStringLiteral("%1: %2").arg(path, file.errorString());
+    QString why;
+    if (!safefile::writeFileReplacing(path, QJsonDocument(object).toJson(QJsonDocument::Indented),
+                                      &why)) {
+        *error = QStringLiteral("%1: %2").arg(path, why);
         return false;
     }
     return true;

@@ -1,5 +1,7 @@
 #include "protocol/settingsfile.h"
 
+#include "protocol/address.h"
+
 #include <QJsonArray>
 
 namespace settingsfile {
@@ -37,11 +39,18 @@ std::optional<Controller> controllerFromJson(const QJsonObject& json, QString* e
         *error = QStringLiteral("a controller without \"address\"");
         return std::nullopt;
     }
+    if (!protocol::isControllerAddressText(c.address)) {
+        *error = QStringLiteral("\"%1\" is not a controller address (four decimal octets, "
+                                "not 0.0.0.0)")
+                     .arg(protocol::shownText(c.address));
+        return std::nullopt;
+    }
     const QJsonObject values = json.value(QLatin1String("settings")).toObject();
     for (auto it = values.begin(); it != values.end(); ++it) {
         const protocol::Setting* s = protocol::find(it.key());
         if (!s || !s->readable()) {
-            *error = QStringLiteral("%1: no readable setting \"%2\"").arg(c.address, it.key());
+            *error = QStringLiteral("%1: no readable setting \"%2\"")
+                         .arg(c.address, protocol::shownText(it.key()));
             return std::nullopt;
         }
         QString why;

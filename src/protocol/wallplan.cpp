@@ -1,5 +1,7 @@
 #include "protocol/wallplan.h"
 
+#include "protocol/address.h"
+
 #include <QJsonArray>
 #include <QSet>
 
@@ -17,9 +19,13 @@ std::optional<Assignment> assignmentFromJson(const QJsonObject& json, const Plan
     const QString output = json.value(QLatin1String("output")).toString();
     a.output = output.size() == 1 ? output[0].unicode() - u'A' + 1 : 0;
     a.tile = json.value(QLatin1String("tile")).toInt(0);
-    const QString who = QStringLiteral("%1 Out %2").arg(a.address, output);
+    const QString who = QStringLiteral("%1 Out %2").arg(a.address, protocol::shownText(output));
     if (a.address.isEmpty()) {
         *error = QStringLiteral("an assignment without \"address\"");
+    } else if (!protocol::isControllerAddressText(a.address)) {
+        *error = QStringLiteral("\"%1\" is not a controller address (four decimal octets, "
+                                "not 0.0.0.0)")
+                     .arg(protocol::shownText(a.address));
     } else if (a.output < 1 || a.output > Outputs) {
         *error = QStringLiteral("%1: the output must be A, B, C or D").arg(who);
     } else if (a.tile < 1 || a.tile > plan.rows * plan.cols) {

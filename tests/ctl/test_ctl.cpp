@@ -1,8 +1,10 @@
 // panomat-ctl as a whole program against virtual controllers in this process.
 
+#include "support/datalimit.h"
 #include "virtualcontroller.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -13,6 +15,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <memory>
+#include <sys/stat.h>
 #include <vector>
 
 namespace {
@@ -44,10 +47,16 @@ private slots:
     void faultsAreNamedAndTheOthersDone();
     void aCutRunIsReportedAsTheControllerHasIt_data();
     void aCutRunIsReportedAsTheControllerHasIt();
+    void outputReplacesAPlantedLink_data();
+    void outputReplacesAPlantedLink();
+    void sendWithoutAnAnswerFails_data();
+    void sendWithoutAnAnswerFails();
+    void allTakesOnlyPlainAddresses_data();
+    void allTakesOnlyPlainAddresses();
 
 private:
     // Runs panomat-ctl while this process's controllers answer it.
-    Run ctl(const QStringList& arguments);
+    Run ctl(const QStringList& arguments, const QString& program = QStringLiteral(PANOMAT_CTL));
     QString hosts(int count) const;
     QString file(const QString& name) const { return dir_->filePath(name); }
     void write(const QString& name, const QByteArray& text);
@@ -70,9 +79,14 @@ void TestCtl::cleanup() {
     controllers_.clear();
 }
 
-Run TestCtl::ctl(const QStringList& arguments) {
+Run TestCtl::ctl(const QStringList& arguments, const QString& program) {
     QProcess process;
-    process.start(QStringLiteral(PANOMAT_CTL), arguments);
+    // A file that offers more than its cap must not take the machine's memory.
+    process.setChildProcessModifier([] {
+        if (!limitData(1 << 30))
+            _exit(125);
+    });
+    process.start(program, arguments);
     // The controllers answer from this process's event loop while the program runs.
     QDeadlineTimer deadline(30000);
     while (process.state() != QProcess::NotRunning && !deadline.hasExpired())
@@ -204,13 +218,51 @@ void TestCtl::badInputSendsNothing_data() {
         << QStringList{"wall", "apply", "FILE"} << plan << "tile 5 is not on a 2 x 2 wall";
     QTest::newRow("missing file") << QStringList{"restore", "FILE"} << QByteArray()
                                   << "No such file";
+    QTest::newRow("empty --host") << QStringList{"get", "--host", ""} << QByteArray()
+                                  << "names an empty address";
+    QTest::newRow("--host of commas")
+        << QStringList{"get", "--host", ",,,"} << QByteArray() << "names an empty address";
+    QTest::newRow("--host with an empty part")
+        << QStringList{"get", "--host", "127.67.0.2,,127.67.0.3"} << QByteArray()
+        << "names an empty address";
+    QTest::newRow("--host 0.0.0.0") << QStringList{"send", "RVER", "--host", "0.0.0.0"}
+                                    << QByteArray() << "not a dotted IPv4 address";
+    QTest::newRow("0.0.0.0 in a settings file")
+        << QStringList{"restore", "FILE"}
+        << QByteArray(
+               R"({"format": "panomat-settings/1", "controllers": [{"address": "0.0.0.0", "settings": {}}]})")
+        << "\"0.0.0.0\" is not a controller address";
+    QTest::newRow("127.1 in a plan")
+        << QStringList{"wall", "apply", "FILE"}
+        << QByteArray(R"({"format": "panomat-wall-plan/1", "rows": 1, "cols": 1,
+               "assignments": [{"address": "127.1", "output": "A", "tile": 1}]})")
+        << "\"127.1\" is not a controller address";
+    // Input files that are no files: refused by name at once, in bounded memory.
+    for (const char* command : {"restore", "wall apply"})
+        for (auto [kind, message] : {std::pair{"FIFO", "it is a FIFO, not a regular file"},
+                                     {"/dev/zero", "it is a character device"},
+                                     {"FOLDER", "it is a folder"},
+                                     {"SPARSE", "larger than 16 MiB"}}) {
+            QStringList arguments = QString(command).split(u' ');
+            QTest::newRow(qPrintable(QStringLiteral("%1 %2").arg(command, kind)))
+                << (arguments << "FILE") << QByteArray(kind) << "in.json: " + QString(message);
+        }
 }
 
 void TestCtl::badInputSendsNothing() {
     QFETCH(QStringList, arguments);
     QFETCH(QByteArray, fileText);
     QFETCH(QString, message);
-    if (!fileText.isEmpty())
+    const QByteArray in = QFile::encodeName(file("in.json"));
+    if (fileText == "FIFO")
+        QCOMPARE(mkfifo(in.constData(), 0600), 0);
+    else if (fileText == "/dev/zero")
+        QVERIFY(QFile::link(fileText, in));
+    else if (fileText == "FOLDER")
+        QVERIFY(QDir(dir_->path()).mkdir("in.json"));
+    else if (fileText == "SPARSE")
+        QVERIFY(QFile(in).open(QIODevice::WriteOnly) && QFile::resize(in, 200 << 20));
+    else if (!fileText.isEmpty())
         write("in.json", fileText);
     arguments.replaceInStrings(QStringLiteral("FILE"), file("in.json"));
     const Run run = ctl(arguments);
@@ -341,6 +393,89 @@ void TestCtl::aCutRunIsReportedAsTheControllerHasIt() {
     // The other controllers of the plan are done.
     for (qsizetype i = 1; i < report.size(); ++i)
         QVERIFY(report[i].toObject().value("done").toBool());
+}
+
+// Another user plants a link where the output goes in a shared folder: the file it
+// points to stays as it was; the link is replaced by the new file.
+void TestCtl::outputReplacesAPlantedLink_data() {
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("backup -o") << QStringList{"backup", "--host", address(0), "-o", "OUT"};
+    QTest::newRow("wall plan -o") << QStringList{"wall", "plan",   "--rows",   "1",  "--cols",
+                                                 "1",    "--host", address(0), "-o", "OUT"};
+}
+
+void TestCtl::outputReplacesAPlantedLink() {
+    QFETCH(QStringList, arguments);
+    QTemporaryDir elsewhere;
+    QFile target(elsewhere.filePath("shadow"));
+    QVERIFY(target.open(QIODevice::WriteOnly) && target.write("root:x") == 6);
+    target.close();
+    QVERIFY(target.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+    QVERIFY(QFile::link(target.fileName(), file("out.json")));
+    const Run run = ctl(arguments.replaceInStrings("OUT", file("out.json")));
+    QVERIFY2(run.exit == 0, qPrintable(run.err));
+    QVERIFY(target.open(QIODevice::ReadOnly));
+    QCOMPARE(target.readAll(), QByteArray("root:x"));
+    const QFileInfo written(file("out.json"));
+    QVERIFY(written.isFile() && !written.isSymLink() && written.size() > 0);
+}
+
+// A script must learn that nothing came back: exit status 1, the controller named.
+void TestCtl::sendWithoutAnAnswerFails_data() {
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<int>("exit");
+    QTest::newRow("answers") << "" << 0;
+    QTest::newRow("silent") << "silent" << 1;
+    QTest::newRow("closes without a word") << "close" << 1;
+}
+
+void TestCtl::sendWithoutAnAnswerFails() {
+    QFETCH(QString, fault);
+    QFETCH(int, exit);
+    sim::Faults faults;
+    if (!fault.isEmpty())
+        faults.silent = {"RBRI"};
+    if (fault == "close")
+        faults.dropAfter = 1;
+    controllers_[0]->setFaults(faults);
+    const Run run = ctl({"send", "RBRI 1", "--host", address(0), "--wait", "300"});
+    QCOMPARE(run.exit, exit);
+    QCOMPARE(run.err.contains("127.67.0.2: no answer to RBRI 1 within 300 ms"), exit == 1);
+    QCOMPARE(run.out.contains("127.67.0.2: BRI"), exit == 0);
+}
+
+// --all takes the addresses of the last search's IP.txt only where each field is an
+// address in itself: read by value, "127.1" would become 127.1.0.0.
+void TestCtl::allTakesOnlyPlainAddresses_data() {
+    QTest::addColumn<QByteArray>("macs");
+    QTest::addColumn<QByteArray>("ips");
+    QTest::addColumn<QString>("refused"); // empty: read
+    const QByteArray one = "02-00-7F-43-00-02\r\n";
+    QTest::newRow("zero-padded") << one << QByteArray("127.067.000.002\r\n") << "";
+    QTest::newRow("127.1") << one << QByteArray("127.1\r\n") << "\"127.1\" for controller 1";
+    QTest::newRow("fewer addresses than MACs")
+        << one + "02-00-7F-43-00-03\r\n"
+        << QByteArray("127.067.000.002\r\n") << "\"\" for controller 2";
+    QTest::newRow("0.0.0.0") << one << QByteArray("000.000.000.000\r\n")
+                             << "\"000.000.000.000\" for controller 1";
+    QTest::newRow("escape") << one << QByteArray("\x1b[2J.1.1.1\r\n")
+                            << "\"\\x1b[2J.1.1.1\" for controller 1";
+}
+
+void TestCtl::allTakesOnlyPlainAddresses() {
+    QFETCH(QByteArray, macs);
+    QFETCH(QByteArray, ips);
+    QFETCH(QString, refused);
+    // A copy of the program alone in a folder keeps its search results there.
+    const QString program = file("panomat-ctl");
+    QVERIFY(QFile::copy(QStringLiteral(PANOMAT_CTL), program));
+    write("MAC.txt", macs);
+    write("IP.txt", ips);
+    const Run run = ctl({"get", "brightness.a", "--all", "--timeout", "1000"}, program);
+    QCOMPARE(run.exit, refused.isEmpty() ? 0 : 2);
+    QVERIFY2(refused.isEmpty() || run.err.contains(refused), qPrintable(run.err));
+    QVERIFY(!run.err.contains(u'\x1b'));
+    QCOMPARE(linesReceived(), refused.isEmpty() ? 1 : 0);
 }
 
 QTEST_GUILESS_MAIN(TestCtl)

@@ -93,10 +93,17 @@ void TestMonitor::filtersBoundsAndSaves() {
     monitor.findChild<QLineEdit*>("monitor_filter")->setText("rbez");
     QCOMPARE(rows->rowCount(), 1);
 
-    QTemporaryDir dir;
+    // A link another user planted at the name is replaced, not written through.
+    QTemporaryDir dir, elsewhere;
+    QFile target(elsewhere.filePath("shadow"));
+    QVERIFY(target.open(QIODevice::WriteOnly) && target.write("root:x") == 6);
+    target.close();
+    QVERIFY(QFile::link(target.fileName(), dir.filePath("t.csv")));
     QVERIFY(monitor.saveTo(dir.filePath("t.csv")));
+    QVERIFY(target.open(QIODevice::ReadOnly));
+    QCOMPARE(target.readAll(), QByteArray("root:x"));
     QFile saved(dir.filePath("t.csv"));
-    QVERIFY(saved.open(QIODevice::ReadOnly));
+    QVERIFY(!QFileInfo(saved).isSymLink() && saved.open(QIODevice::ReadOnly));
     QCOMPARE(saved.readAll(), QByteArray("Time,Controller,Direction,Text,Reply after\n") +
                                   rows->index(0, 0).data().toString().toLatin1() + "," +
                                   rows->index(0, 1).data().toString().toLatin1() +

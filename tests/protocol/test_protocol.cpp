@@ -2,8 +2,15 @@
 // and command lines as the controller reads them.
 
 #include "protocol/catalogue.h"
+#include "protocol/jsonfile.h"
+#include "protocol/settingsfile.h"
+#include "protocol/wallplan.h"
 
+#include <QJsonArray>
+#include <QTemporaryDir>
 #include <QTest>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace protocol;
 
@@ -55,6 +62,11 @@ private slots:
     void roundTrips();
     void controllerReads_data();
     void controllerReads();
+    void addressesInFiles_data();
+    void addressesInFiles();
+    void readingFiles_data();
+    void readingFiles();
+    void writingOverAPlantedLink();
 };
 
 // Value empty: the read line. "!": the refusal.
@@ -285,6 +297,116 @@ void TestProtocol::controllerReads() {
         QCOMPARE(texts.join(u' '), values);
     }
     QCOMPARE(factoryReply(q), reply.toLatin1());
+}
+
+// A settings file or plan names controllers by plain dotted addresses only: anything
+// else would be looked up by name or read as another address by the system.
+void TestProtocol::addressesInFiles_data() {
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<bool>("taken");
+    for (const char* good : {"127.0.0.2", "192.168.1.20", "255.255.255.255", "10.0.0.0"})
+        QTest::newRow(good) << QString(good) << true;
+    for (const char* bad : {"0.0.0.0", "127.1", "010.0.0.1", "127.0.0.256", "127.0.0.2 ",
+                            "1.2.3.4.5", "1..2.3", "localhost", "1234.0.0.1", "0x7f.0.0.1"})
+        QTest::newRow(bad) << QString(bad) << false;
+    QTest::newRow("other digits") << QStringLiteral("127.0.0.\u0662") << false;
+    QTest::newRow("escape") << QStringLiteral("\x1b[2J") << false;
+}
+
+void TestProtocol::addressesInFiles() {
+    QFETCH(QString, address);
+    QFETCH(bool, taken);
+    QString error;
+    const QJsonArray controllers{QJsonObject{{"address", address}, {"settings", QJsonObject{}}}};
+    const bool settings =
+        settingsfile::fromJson({{"controllers", controllers}}, &error).has_value();
+    QCOMPARE(settings, taken);
+    QVERIFY(taken || (error.contains("is not a controller address") && !error.contains(u'\x1b')));
+    const QJsonArray assignments{QJsonObject{{"address", address}, {"output", "A"}, {"tile", 1}}};
+    const bool plan =
+        wallplan::fromJson({{"rows", 1}, {"cols", 1}, {"assignments", assignments}}, &error)
+            .has_value();
+    QCOMPARE(plan, taken);
+}
+
+// Whatever path names, reading ends at once with a named reason or the file's text,
+// and never holds more than the cap.
+void TestProtocol::readingFiles_data() {
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("message"); // empty: read
+    QTest::newRow("regular") << "regular"
+                             << "";
+    QTest::newRow("link to a regular file") << "link"
+                                            << "";
+    QTest::newRow("FIFO") << "fifo"
+                          << "it is a FIFO, not a regular file";
+    QTest::newRow("/dev/zero") << "zero"
+                               << "it is a character device, not a regular file";
+    QTest::newRow("folder") << "folder"
+                            << "it is a folder";
+    QTest::newRow("17 MiB") << "large"
+                            << "larger than 16 MiB";
+    QTest::newRow("missing") << "missing"
+                             << "No such file or directory";
+}
+
+void TestProtocol::readingFiles() {
+    QFETCH(QString, kind);
+    QFETCH(QString, message);
+    QTemporaryDir dir;
+    const QString path = dir.filePath("in.json");
+    const QString real = dir.filePath("real.json");
+    QFile text(kind == "link" ? real : path);
+    if (kind == "regular" || kind == "link" || kind == "large")
+        QVERIFY(text.open(QIODevice::WriteOnly) &&
+                text.write(R"({"format": "panomat-wall-plan/1"})") > 0 &&
+                (kind != "large" || text.resize(17 << 20)));
+    text.close();
+    if (kind == "link")
+        QVERIFY(QFile::link(real, path));
+    if (kind == "fifo")
+        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    if (kind == "zero")
+        QVERIFY(QFile::link("/dev/zero", path));
+    if (kind == "folder")
+        QVERIFY(QDir(dir.path()).mkdir("in.json"));
+    QString error;
+    const auto object = jsonfile::read(path, wallplan::Format, &error);
+    QCOMPARE(object.has_value(), message.isEmpty());
+    if (!message.isEmpty())
+        QCOMPARE(error, path + ": " + message);
+}
+
+// Another user plants a link where a backup or plan is saved: the file it points to
+// stays as it was, and the link is replaced by the new file. A private file stays
+// private when it is saved again.
+void TestProtocol::writingOverAPlantedLink() {
+    QTemporaryDir dir, elsewhere;
+    const QString secret = elsewhere.filePath("shadow");
+    QFile target(secret);
+    QVERIFY(target.open(QIODevice::WriteOnly) && target.write("root:x") == 6);
+    target.close();
+    QVERIFY(target.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+    const QString path = dir.filePath("plan.json");
+    QVERIFY(QFile::link(secret, path));
+    QString error;
+    const wallplan::Plan plan{2, 2, {}};
+    QVERIFY2(jsonfile::write(path, wallplan::toJson(plan), &error), qPrintable(error));
+    QVERIFY(target.open(QIODevice::ReadOnly));
+    QCOMPARE(target.readAll(), QByteArray("root:x"));
+    target.close();
+    QVERIFY(!QFileInfo(path).isSymLink() && QFileInfo(path).isFile());
+    QVERIFY2(jsonfile::read(path, wallplan::Format, &error), qPrintable(error));
+
+    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner));
+    QVERIFY2(jsonfile::write(path, wallplan::toJson(plan), &error), qPrintable(error));
+    QCOMPARE(QFile::permissions(path) & ~(QFile::ReadUser | QFile::WriteUser),
+             QFile::ReadOwner | QFile::WriteOwner);
+    // Nothing but the file is left in the folder.
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"plan.json"});
+    QVERIFY(
+        !jsonfile::write(dir.filePath("no/such/folder/plan.json"), wallplan::toJson(plan), &error));
+    QVERIFY(error.startsWith(dir.filePath("no/such/folder/plan.json") + ": "));
 }
 
 QTEST_GUILESS_MAIN(TestProtocol)

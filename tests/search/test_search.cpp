@@ -11,6 +11,7 @@
 #include <QTcpSocket>
 #include <QtTest>
 #include <sched.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -21,6 +22,37 @@ struct SearchFolder {
     QString exe = dir.filePath("ZEDA.exe");
     bool ready = QFile::copy(ZEDA_EXE, exe);
 };
+
+struct Run {
+    int exitCode = -1;
+    QByteArray said; // stderr
+};
+
+// Runs the folder's ZEDA.exe with hosts from the environment (none: its ZEDA.conf),
+// turning this process's event loop meanwhile so servers here can answer.
+Run runSearch(const SearchFolder& folder, const QByteArray& hosts,
+              const QStringList& arguments = {}, const std::function<void()>& inChild = {}) {
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.remove("ZEDA_HOSTS");
+    if (!hosts.isEmpty())
+        env.insert("ZEDA_HOSTS", QString::fromLatin1(hosts));
+    p.setProcessEnvironment(env);
+    p.setChildProcessModifier([inChild] {
+        // Far more than the search needs: what a file offers must not decide its memory.
+        if (!limitData(64 << 20))
+            _exit(125);
+        if (inChild)
+            inChild();
+    });
+    p.start(folder.exe, arguments);
+    if (!QTest::qWaitFor([&] { return p.state() == QProcess::NotRunning; }, 20000)) {
+        p.kill();
+        p.waitForFinished();
+        return {-1, "did not end"};
+    }
+    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardError()};
+}
 
 } // namespace
 
@@ -159,6 +191,141 @@ private slots:
         QVERIFY2(said.contains(
                      QStringLiteral("0 controllers found among %1 hosts").arg(count).toLatin1()),
                  said.constData());
+    }
+
+    // A host list that is no list ends the search with a clear message and status 2,
+    // in bounded memory and without waiting for a writer; nothing is written.
+    void hostListThatIsNoList_data() {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("FIFO") << "fifo" << QByteArray("it is a FIFO, not a regular file");
+        QTest::newRow("/dev/zero") << "zero" << QByteArray("it is a character device");
+        QTest::newRow("folder") << "folder" << QByteArray("it is a folder");
+        QTest::newRow("200 MB") << "large" << QByteArray("it is larger than 1 MiB");
+    }
+    void hostListThatIsNoList() {
+        QFETCH(QString, kind);
+        QFETCH(QByteArray, message);
+        SearchFolder folder;
+        QVERIFY(folder.ready);
+        const QByteArray conf = QFile::encodeName(folder.dir.filePath("ZEDA.conf"));
+        if (kind == "fifo") {
+            QCOMPARE(mkfifo(conf.constData(), 0600), 0);
+        } else if (kind == "zero") {
+            QVERIFY(QFile::link("/dev/zero", conf));
+        } else if (kind == "folder") {
+            QVERIFY(QDir(folder.dir.path()).mkdir("ZEDA.conf"));
+        } else {
+            QFile f(conf); // garbage, then a sparse tail: nothing reaches the disk
+            QVERIFY(f.open(QIODevice::WriteOnly) && f.write("no-host\n") > 0 &&
+                    f.resize(200 << 20));
+        }
+        const Run run = runSearch(folder, {});
+        QVERIFY2(run.exitCode == 2, run.said.constData());
+        QVERIFY2(run.said.contains("cannot read the host list " + conf + ": " + message),
+                 run.said.constData());
+        QVERIFY(!QFile::exists(folder.dir.filePath("MAC.txt")));
+    }
+
+    // A megabyte of entries that are no hosts gives a screenful of messages, not one
+    // for each.
+    void garbageHostListIsReportedBriefly() {
+        SearchFolder folder;
+        QFile conf(folder.dir.filePath("ZEDA.conf"));
+        QVERIFY(folder.ready && conf.open(QIODevice::WriteOnly) &&
+                conf.write(QByteArray("\x1b[2Jx ").repeated(100000)) > 0 && conf.flush());
+        const Run run = runSearch(folder, {});
+        QVERIFY2(run.exitCode == 0, run.said.constData());
+        QVERIFY2(run.said.size() < 4096, run.said.left(4096).constData());
+        QVERIFY(run.said.contains("ignored 99980 more entries that are not hosts"));
+        QVERIFY(!run.said.contains('\x1b'));
+    }
+
+    // Another local user plants links where the result files are written; the files
+    // they point to stay as they were, and the results are written in their place.
+    void plantedLinksAreReplaced_data() {
+        QTest::addColumn<QStringList>("names"); // "%1" is the search program's pid
+        QTest::newRow("final names") << QStringList{"MAC.txt", "IP.txt"};
+        QTest::newRow("temporary names as before")
+            << QStringList{"MAC.txt.%1.new", "IP.txt.%1.new"};
+    }
+    void plantedLinksAreReplaced() {
+        QFETCH(QStringList, names);
+        SearchFolder folder;
+        QTemporaryDir elsewhere;
+        const QString secret = elsewhere.filePath("shadow");
+        QFile target(secret);
+        QVERIFY(folder.ready && target.open(QIODevice::WriteOnly) && target.write("root:x") == 6);
+        target.close();
+        QVERIFY(target.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+        const QByteArray link = QFile::encodeName(secret);
+        const QByteArray dir = QFile::encodeName(folder.dir.path());
+        const Run run = runSearch(folder, "127.21.43.1", {}, [names, link, dir] {
+            for (const QString& name : names) {
+                const QByteArray path = dir + '/' + name.arg(getpid()).toLatin1();
+                if (symlink(link.constData(), path.constData()) != 0)
+                    _exit(126);
+            }
+        });
+        QVERIFY2(run.exitCode == 0, run.said.constData());
+        QVERIFY(target.open(QIODevice::ReadOnly));
+        QCOMPARE(target.readAll(), QByteArray("root:x"));
+        QCOMPARE(target.permissions() & (QFile::ReadOther | QFile::ReadGroup),
+                 QFile::Permissions());
+        for (const char* name : {"MAC.txt", "IP.txt"}) {
+            const QFileInfo result(folder.dir.filePath(name));
+            QVERIFY(result.isFile() && !result.isSymLink() && result.size() == 0);
+        }
+        // No temporary file is left behind; the planted links may stay.
+        const QStringList kept{"ZEDA.exe", "MAC.txt", "IP.txt"};
+        for (const QString& name :
+             QDir(folder.dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System))
+            QVERIFY2(kept.contains(name) || name.endsWith(".new"), qPrintable(name));
+    }
+
+    // Run as root, the search writes into no folder another user can change.
+    void sharedFolderRefusedAsRoot_data() {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<int>("owner");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("world-writable") << 0777 << 0 << true;
+        QTest::newRow("group-writable, other group") << 0775 << 0 << true;
+        QTest::newRow("another user's") << 0755 << 4242 << true;
+        QTest::newRow("world-writable with sticky bit") << 01777 << 0 << false;
+        QTest::newRow("root's own") << 0755 << 0 << false;
+    }
+    void sharedFolderRefusedAsRoot() {
+        QFETCH(int, mode);
+        QFETCH(int, owner);
+        QFETCH(bool, refused);
+        if (geteuid() != 0)
+            QSKIP("needs root, as port 23 does");
+        SearchFolder folder;
+        const QByteArray out = QFile::encodeName(folder.dir.filePath("out"));
+        QVERIFY(folder.ready && mkdir(out.constData(), 0700) == 0);
+        QCOMPARE(chown(out.constData(), uid_t(owner), mode == 0775 ? 4242 : 0), 0);
+        QCOMPARE(chmod(out.constData(), mode_t(mode)), 0);
+        const Run run = runSearch(folder, "127.21.43.1", {"--output-dir", QFile::decodeName(out)});
+        QVERIFY2((run.exitCode != 0) == refused, run.said.constData());
+        QCOMPARE(run.said.contains("refusing to write into " + out + " as root"), refused);
+        QCOMPARE(QFile::exists(out + "/MAC.txt"), !refused);
+    }
+
+    // Whatever a host answers reaches the operator's terminal escaped.
+    void repliesAreEscaped() {
+        QTcpServer hostile;
+        QVERIFY(hostile.listen(QHostAddress("127.21.44.1"), 23));
+        connect(&hostile, &QTcpServer::newConnection, this, [&] {
+            hostile.nextPendingConnection()->write("VERS1\x1b]2;owned\x07\x1b[2J\\\r\n");
+        });
+        SearchFolder folder;
+        QVERIFY(folder.ready);
+        const Run run = runSearch(folder, "127.21.44.1");
+        QVERIFY2(run.exitCode == 0, run.said.constData());
+        QVERIFY2(
+            run.said.contains("controller at 127.21.44.1 (VERS1\\x1b]2;owned\\x07\\x1b[2J\\\\)"),
+            run.said.constData());
+        QVERIFY(!run.said.contains('\x1b') && !run.said.contains('\x07'));
     }
 };
 

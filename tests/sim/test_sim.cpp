@@ -6,7 +6,10 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtTest>
+#include <algorithm>
+#include <memory>
 #include <optional>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace sim;
@@ -266,6 +269,57 @@ private slots:
         p.waitForFinished();
         said += p.readAllStandardError();
         QVERIFY2(!said.contains("QIODevice"), said.left(300).constData());
+    }
+
+    // More clients than the program has descriptors: it pauses accepting instead of
+    // spinning on the listening socket, and serves the waiting clients as others go.
+    void descriptorExhaustion() {
+        QProcess p;
+        p.setChildProcessModifier([] {
+            const rlimit few{64, 64};
+            if (setrlimit(RLIMIT_NOFILE, &few) != 0)
+                _exit(125);
+        });
+        p.start(QStringLiteral(PANOMAT_SIM_EXE), {"--devices", "1", "--first", "127.20.8.2"});
+        QVERIFY(
+            QTest::qWaitFor([&] { return p.readAllStandardError().contains("Ctrl+C"); }, 10000));
+        std::vector<std::unique_ptr<Client>> clients;
+        for (int i = 0; i < 70; ++i) {
+            clients.push_back(std::make_unique<Client>(addr("127.20.8.2")));
+            QVERIFY(clients.back()->connected()); // in the listen queue at least
+            clients.back()->send("RVER");
+        }
+        QTest::qWait(500);
+        const auto served = [&] {
+            return std::count_if(clients.begin(), clients.end(),
+                                 [](const auto& c) { return c->chunks.join() == "VERS102\r\n"; });
+        };
+        QVERIFY2(served() > 0 && served() < 70, "the descriptors did not run out");
+        const auto cpu = [&] { // user + system time of the program, in clock ticks
+            QFile stat(QStringLiteral("/proc/%1/stat").arg(p.processId()));
+            const QList<QByteArray> fields = stat.open(QIODevice::ReadOnly)
+                                                 ? stat.readAll().split(')').value(1).split(' ')
+                                                 : QList<QByteArray>{};
+            return fields.value(12).toLongLong() + fields.value(13).toLongLong();
+        };
+        const long long before = cpu();
+        QTest::qWait(1000);
+        // Spinning takes the whole second; waiting takes next to nothing.
+        QVERIFY2(cpu() - before < sysconf(_SC_CLK_TCK) / 4,
+                 qPrintable(QStringLiteral("%1 ticks in 1 s").arg(cpu() - before)));
+        const QByteArray log = p.readAllStandardOutput();
+        QVERIFY2(log.contains("no file descriptor left for another connection"),
+                 log.right(300).constData());
+        std::erase_if(clients, [](const auto& c) { return !c->chunks.isEmpty(); });
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                return std::all_of(clients.begin(), clients.end(),
+                                   [](const auto& c) { return c->chunks.join() == "VERS102\r\n"; });
+            },
+            10000));
+        QCOMPARE(p.state(), QProcess::Running);
+        p.kill();
+        p.waitForFinished();
     }
 };
 

@@ -6,18 +6,16 @@
 // operator waits for the whole of it: on a fast network, loading a toolkit would be
 // most of that time.
 
+#include "zedafiles.h"
 #include "zedahosts.h"
 #include "zedaprobe.h"
 #include "zedaresults.h"
 
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <sstream>
 
@@ -72,41 +70,38 @@ std::optional<std::string> locateConfig(const std::string& name) {
     return std::nullopt;
 }
 
-// Reads the file at `path` into *text; the reason when it cannot, else nullptr.
-const char* readWhole(const std::string& path, std::string* text) {
-    std::error_code error;
-    if (fs::is_directory(path, error))
-        return "it is a folder";
-    std::ifstream file(path, std::ios::binary);
-    if (!file.is_open())
-        return std::strerror(errno);
-    text->assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-    return file.bad() ? "read error" : nullptr;
-}
-
 // The environment variable wins; then the user's panomat-set/ZEDA.conf in the XDG
 // configuration folder (~/.config), the system's (/etc/xdg), and last the list that
-// ships beside the program.
-HostList configuredHosts(const std::string& folder) {
+// ships beside the program. A list that cannot be opened means none is configured;
+// one that is there but is no host list (a FIFO, a device, a folder, larger than the
+// cap) ends the search with exit status 2.
+std::optional<HostList> configuredHosts(const std::string& folder) {
     const char* fromEnv = std::getenv("ZEDA_HOSTS");
     if (fromEnv && std::string_view(fromEnv).find_first_not_of(" \t\r\n") != std::string::npos) {
         say("hosts from ZEDA_HOSTS");
         return parseHostList(fromEnv);
     }
     const std::string path = locateConfig("panomat-set/ZEDA.conf").value_or(folder + "/ZEDA.conf");
-    std::string text;
-    if (const char* why = readWhole(path, &text)) {
+    std::string text, why;
+    switch (readRegularFile(path, MaxHostListBytes, &text, &why)) {
+    case ReadResult::Missing:
         say("no hosts to probe: " + path + " cannot be read (" + why +
             ") and ZEDA_HOSTS is not set");
-        return {};
+        return HostList{};
+    case ReadResult::Refused:
+        say("cannot read the host list " + path + ": " + why);
+        return std::nullopt;
+    case ReadResult::Ok:
+        break;
     }
     say("hosts from " + path);
     return parseHostList(text);
 }
 
 std::string neighbourTableText() {
-    std::string text;
-    readWhole("/proc/net/arp", &text); // none on a system without IPv4: no MACs known
+    std::string text, why;
+    // None on a system without IPv4: no MACs known.
+    readRegularFile("/proc/net/arp", MaxHostListBytes, &text, &why);
     return text;
 }
 
@@ -139,15 +134,22 @@ int main(int argc, char* argv[]) {
     const std::string results = outputDir.value_or(folder);
     const auto started = std::chrono::steady_clock::now();
 
-    const HostList list = configuredHosts(folder);
+    const std::optional<HostList> configured = configuredHosts(folder);
+    if (!configured)
+        return 2;
+    const HostList& list = *configured;
     for (const std::string& e : list.errors)
         say("ignored " + e);
+    if (list.refused > size_t(HostList::MaxErrorTexts))
+        say("ignored " + std::to_string(list.refused - HostList::MaxErrorTexts) +
+            " more entries that are not hosts");
     say("probing " + plural(list.hosts.size(), "host") + " on port 23");
 
     std::vector<ProbeFound> controllers;
     std::string error;
     const auto announce = [](const ProbeFound& f) {
-        say("controller at " + ipv4Text(f.address) + " (" + f.version + ")");
+        // The version is the host's own text: escaped, so it cannot drive the terminal.
+        say("controller at " + ipv4Text(f.address) + " (" + escaped(f.version) + ")");
     };
     if (!probeHosts(list.hosts, ProbeSettings{}, announce, &controllers, &error)) {
         say(error);

@@ -1,5 +1,7 @@
 #include "zedahosts.h"
 
+#include "zedafiles.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -85,8 +87,7 @@ bool isSeparator(char c) {
 }
 
 // The entries of one line, separated by blanks, commas or semicolons.
-void addEntries(std::string_view line, int n, std::vector<Range>* ranges,
-                std::vector<std::string>* errors) {
+void addEntries(std::string_view line, size_t n, std::vector<Range>* ranges, HostList* list) {
     for (size_t start = 0; start < line.size();) {
         size_t stop = start;
         while (stop < line.size() && !isSeparator(line[stop]))
@@ -96,11 +97,12 @@ void addEntries(std::string_view line, int n, std::vector<Range>* ranges,
         if (entry.empty())
             continue;
         std::string why;
-        if (const auto range = parseEntry(entry, &why))
+        if (const auto range = parseEntry(entry, &why)) {
             ranges->push_back(*range);
-        else
-            errors->push_back("line " + std::to_string(n) + ": '" + std::string(entry) +
-                              "': " + why);
+        } else if (++list->refused <= size_t(HostList::MaxErrorTexts)) {
+            list->errors.push_back("line " + std::to_string(n) + ": '" + escaped(entry, 40) +
+                                   "': " + why);
+        }
     }
 }
 
@@ -127,10 +129,10 @@ std::optional<uint32_t> parseIpv4(std::string_view text) {
 HostList parseHostList(std::string_view text) {
     HostList result;
     std::vector<Range> ranges;
-    for (int n = 1;; ++n) {
+    for (size_t n = 1;; ++n) {
         const size_t eol = text.find('\n');
         const std::string_view line = text.substr(0, eol);
-        addEntries(line.substr(0, line.find('#')), n, &ranges, &result.errors);
+        addEntries(line.substr(0, line.find('#')), n, &ranges, &result);
         if (eol == text.npos)
             break;
         text.remove_prefix(eol + 1);

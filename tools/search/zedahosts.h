@@ -18,8 +18,13 @@ struct HostList {
     // to the first this many, counted before anything is expanded.
     static constexpr int MaxHosts = 65536;
 
+    // Texts kept for refused entries: a list of garbage must not turn into as many
+    // messages. The rest are only counted.
+    static constexpr int MaxErrorTexts = 20;
+
     std::vector<uint32_t> hosts;     // sorted, no duplicates
     std::vector<std::string> errors; // one text per refused entry, with its line number
+    size_t refused = 0;              // every refused entry, those beyond the texts too
 };
 
 HostList parseHostList(std::string_view text);

@@ -1,14 +1,11 @@
 #include "zedaresults.h"
 
+#include "zedafiles.h"
 #include "zedahosts.h"
 
 #include <cctype>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <sstream>
-#include <unistd.h>
 
 std::unordered_map<uint32_t, std::string> parseNeighbourTable(std::string_view text) {
     // IP address  HW type  Flags  HW address  Mask  Device; the first line is a header.
@@ -66,19 +63,6 @@ std::string ipFileBytes(const std::vector<FoundDevice>& devices) {
 // run again; on a fast network the sync would be most of the search's own time.
 bool writeResultFiles(const std::string& folder, const std::vector<FoundDevice>& devices,
                       std::string* error) {
-    const std::pair<const char*, std::string> files[] = {{"MAC.txt", macFileBytes(devices)},
-                                                         {"IP.txt", ipFileBytes(devices)}};
-    for (const auto& [name, bytes] : files) {
-        const std::string path = folder + '/' + name;
-        const std::string scratch = path + '.' + std::to_string(getpid()) + ".new";
-        std::ofstream file(scratch, std::ios::binary | std::ios::trunc);
-        file.write(bytes.data(), std::streamsize(bytes.size()));
-        file.close();
-        if (!file || std::rename(scratch.c_str(), path.c_str()) != 0) {
-            *error = "cannot write " + path + ": " + std::strerror(errno);
-            std::remove(scratch.c_str());
-            return false;
-        }
-    }
-    return true;
+    return writeFilesReplacing(
+        folder, {{"MAC.txt", macFileBytes(devices)}, {"IP.txt", ipFileBytes(devices)}}, error);
 }

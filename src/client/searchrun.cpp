@@ -1,6 +1,7 @@
 #include "client/searchrun.h"
 
 #include "protocol/legacytext.h"
+#include "protocol/safefile.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -8,7 +9,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QTextStream>
 #include <QTimer>
 
 #ifdef Q_OS_WIN
@@ -139,14 +139,16 @@ bool Run::endedWell() {
 }
 
 std::optional<QStringList> readLines(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    QString error;
+    const std::optional<QByteArray> bytes = safefile::readRegularFile(path, MaxResultBytes, &error);
+    if (!bytes)
         return std::nullopt;
-    QTextStream in(&file);
-    in.setEncoding(QStringConverter::Latin1);
-    QStringList lines;
-    while (!in.atEnd())
-        lines << in.readLine();
+    QStringList lines = QString::fromLatin1(*bytes).split(u'\n');
+    if (lines.last().isEmpty())
+        lines.removeLast(); // the end of the last line, not a line of its own
+    for (QString& line : lines)
+        if (line.endsWith(u'\r'))
+            line.chop(1);
     return lines;
 }
 

@@ -60,7 +60,12 @@ private:
     QProcess process_;
 };
 
-// All lines of a text file, or nothing when it cannot be opened.
+// A result file larger than this is not the search program's: 65 536 controllers, the
+// most it probes, take 1.2 MB of MAC.txt.
+constexpr qint64 MaxResultBytes = 4 * 1024 * 1024;
+
+// All lines of a result file, or nothing when it is not a regular file of at most
+// MaxResultBytes that can be read.
 std::optional<QStringList> readLines(const QString& path);
 
 // The MAC texts of MAC.txt's lines.

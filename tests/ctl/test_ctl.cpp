@@ -1,8 +1,10 @@
 // panomat-ctl as a whole program against virtual controllers in this process.
 
 #include "support/datalimit.h"
+#include "client/controllerclient.h"
 #include "virtualcontroller.h"
 
+#include <QElapsedTimer>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
@@ -47,6 +49,7 @@ private slots:
     void faultsAreNamedAndTheOthersDone();
     void aCutRunIsReportedAsTheControllerHasIt_data();
     void aCutRunIsReportedAsTheControllerHasIt();
+    void timeOutsNeverFireEarly();
     void outputReplacesAPlantedLink_data();
     void outputReplacesAPlantedLink();
     void sendWithoutAnAnswerFails_data();
@@ -232,11 +235,17 @@ void TestCtl::badInputSendsNothing_data() {
         << QByteArray(
                R"({"format": "panomat-settings/1", "controllers": [{"address": "0.0.0.0", "settings": {}}]})")
         << "\"0.0.0.0\" is not a controller address";
-    QTest::newRow("127.1 in a plan")
+    QTest::newRow("127.1 in a plan, after a good address")
         << QStringList{"wall", "apply", "FILE"}
-        << QByteArray(R"({"format": "panomat-wall-plan/1", "rows": 1, "cols": 1,
-               "assignments": [{"address": "127.1", "output": "A", "tile": 1}]})")
+        << QByteArray(R"({"format": "panomat-wall-plan/1", "rows": 1, "cols": 2,
+               "assignments": [{"address": "127.67.0.2", "output": "A", "tile": 1},
+                               {"address": "127.1", "output": "A", "tile": 2}]})")
         << "\"127.1\" is not a controller address";
+    QTest::newRow("restore --to 0.0.0.0")
+        << QStringList{"restore", "FILE", "--to", "0.0.0.0"}
+        << QByteArray(
+               R"({"format": "panomat-settings/1", "controllers": [{"address": "127.67.0.2", "settings": {"hue.a": 5}}]})")
+        << "--to: \"0.0.0.0\" is not a dotted IPv4 address";
     // Input files that are no files: refused by name at once, in bounded memory.
     for (const char* command : {"restore", "wall apply"})
         for (auto [kind, message] : {std::pair{"FIFO", "it is a FIFO, not a regular file"},
@@ -476,6 +485,25 @@ void TestCtl::allTakesOnlyPlainAddresses() {
     QVERIFY2(refused.isEmpty() || run.err.contains(refused), qPrintable(run.err));
     QVERIFY(!run.err.contains(u'\x1b'));
     QCOMPARE(linesReceived(), refused.isEmpty() ? 1 : 0);
+}
+
+// A reply time-out is a promise to wait at least that long: a timer that fires a few per
+// cent early gives a controller that answers just in time up for lost.
+void TestCtl::timeOutsNeverFireEarly() {
+    sim::Faults silent;
+    silent.silent = {"RBRI"};
+    controllers_[1]->setFaults(silent);
+    for (int timeoutMs : {110, 230, 470, 950}) {
+        ControllerClient client(address(1), timeoutMs);
+        QElapsedTimer sent;
+        qint64 waited = -1;
+        connect(&client, &ControllerClient::wrote, this, [&] { sent.start(); });
+        connect(&client, &ControllerClient::failed, this, [&] { waited = sent.elapsed(); });
+        client.exchange("RBRI 1\r\n", "BRIR");
+        client.begin();
+        QTRY_VERIFY_WITH_TIMEOUT(waited >= 0, 5000);
+        QVERIFY2(waited >= timeoutMs, qPrintable(QStringLiteral("%1 ms for %2").arg(waited).arg(timeoutMs)));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestCtl)

@@ -90,6 +90,13 @@ private slots:
                                << "ZEDA.exe failed with exit code 3 !";
         QTest::newRow("is killed")
             << true << QByteArray("kill -KILL $$\n") << mac << ip << "ZEDA.exe ended abnormally !";
+        // Whatever lies at a result file's name must be a result file to be read.
+        QTest::newRow("MAC.txt a FIFO")
+            << true << QByteArray("mkfifo MAC.txt\n") << none << ip
+            << "ZEDA.exe left no readable MAC.txt !";
+        QTest::newRow("IP.txt beyond its cap")
+            << true << QByteArray("head -c 5000000 /dev/zero >IP.txt\n") << mac << none
+            << "ZEDA.exe left no readable IP.txt !";
     }
 
     // The message names what is missing; nothing is listed, the model list is left as it was, and

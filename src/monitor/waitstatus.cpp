@@ -16,14 +16,13 @@ WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
     });
     connect(&session.notice(), &WaitNotice::waiting, this,
             [this](const QString& procedure, const QString& reply, const QString& controller) {
-                waitingFor_ =
-                    QStringLiteral("%1: waiting for %2 from %3").arg(procedure, reply, controller);
-                since_.start();
-                if (tick_.isActive())
-                    update();
-                else
-                    show_.start();
+                begin(
+                    QStringLiteral("%1: waiting for %2 from %3").arg(procedure, reply, controller),
+                    QStringLiteral("no reply yet; \"Stop waiting\" (Esc) gives up and goes "
+                                   "offline"));
             });
+    connect(&session.notice(), &WaitNotice::working, this, &WaitStatus::begin);
+    connect(&session.notice(), &WaitNotice::hint, label_, &QLabel::setText);
     connect(&session.notice(), &WaitNotice::ended, this, [this] {
         show_.stop();
         tick_.stop();
@@ -32,10 +31,20 @@ WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
     });
 }
 
+void WaitStatus::begin(const QString& text, const QString& wayOut) {
+    waitingFor_ = text;
+    wayOut_ = wayOut;
+    since_.start();
+    if (tick_.isActive())
+        update();
+    else
+        show_.start();
+}
+
 void WaitStatus::update() {
     const qint64 seconds = (since_.elapsed() + 500) / 1000; // ticks come about a second apart
     QString text = QStringLiteral("%1 for %2 s").arg(waitingFor_).arg(seconds);
     if (seconds >= HintAfterS)
-        text += QStringLiteral(" - no reply yet; \"Stop waiting\" (Esc) gives up and goes offline");
+        text += QStringLiteral(" - ") + wayOut_;
     label_->setText(text);
 }

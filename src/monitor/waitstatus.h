@@ -22,10 +22,12 @@ public:
     WaitStatus(Session& session, QLabel* label);
 
 private:
+    void begin(const QString& text, const QString& wayOut);
     void update();
 
     QLabel* label_;
     QString waitingFor_;
+    QString wayOut_;
     QElapsedTimer since_;
     QTimer tick_;
     QTimer show_;

@@ -132,17 +132,28 @@ client::Runner Session::ownRunner(const QList<client::Target>& targets, int time
     };
 }
 
+// While stopped waits unwind nothing is shown; what the operator must still learn is
+// shown once they have, unless the window is closing.
+void Session::afterUnwinding(const std::function<void()>& show) {
+    if (!cancelled()) {
+        show();
+        return;
+    }
+    QTimer::singleShot(0, window_, [this, show] {
+        if (!pump_.closing())
+            show();
+    });
+}
+
 void Session::showReport(const QString& head, const client::Report& report) {
-    const auto show = [this, head, report] {
-        if (pump_.closing())
-            return;
+    afterUnwinding([this, head, report] {
         ReportDialog dialog(head, report, window_);
         dialog.exec();
-    };
-    if (cancelled())
-        QTimer::singleShot(0, window_, show);
-    else
-        show();
+    });
+}
+
+void Session::messageAfterStop(QMessageBox::Icon icon, const QString& text) {
+    afterUnwinding([this, icon, text] { message(icon, text); });
 }
 
 bool Session::askYes(const QString& text) {

@@ -43,7 +43,11 @@ signals:
     // reply: the key of the awaited reply, or the command when the controller
     // answers it with no key of its own.
     void waiting(const QString& procedure, const QString& reply, const QString& controller);
+    // A wait for something other than a reply: what it does, and how to give it up.
+    void working(const QString& text, const QString& wayOut);
     void ended();
+    // A hint that stays until the next wait: what to do after a procedure's outcome.
+    void hint(const QString& text);
 };
 
 // How a request goes out; the defaults send to the selected controller from step 1.
@@ -124,6 +128,8 @@ public:
     // stopped by "Stop waiting" still shows what it did, once the stopped waits have
     // unwound.
     void showReport(const QString& head, const client::Report& report);
+    // A message box now, or, when "Stop waiting" is unwinding the waits, once they have.
+    void messageAfterStop(QMessageBox::Icon icon, const QString& text);
 
     // Modal message boxes with the application's name as title. Nothing is shown once
     // cancelled.
@@ -145,6 +151,7 @@ public:
     void UnlockPanels();
 
 private:
+    void afterUnwinding(const std::function<void()>& show);
     void setPageFramesEnabled(bool enabled);
     void setSystemButtonsEnabled(bool enabled);
 

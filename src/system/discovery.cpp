@@ -1,5 +1,6 @@
 #include "system/discovery.h"
 
+#include "client/hostlist.h"
 #include "client/searchrun.h"
 #include "protocol/legacytext.h"
 #include "session/events.h"
@@ -28,13 +29,22 @@ void DeviceDiscovery::btn_sys_search_Click() {
     }
     s_.SetOffline();
     s_.ui().cbo_ipaddr->clear();
-    // The window stays live while the program runs, and waits for it without a limit.
+    const search::HostList hosts = search::hostListInForce();
+    if (!run.start()) {
+        s_.exclamation(run.message());
+        return;
+    }
+    // The window stays live while the program runs, and waits for it without a limit;
+    // "Stop waiting" cancels it.
     running_ = true;
-    const bool ran = run.start() && run.wait([this](const std::function<bool()>& ended) {
-        return s_.pump().until(ended);
-    }) && run.endedWell();
+    const bool waited = waitFor(run, hosts);
     running_ = false;
-    if (!ran) {
+    if (!waited) {
+        s_.messageAfterStop(QMessageBox::Information,
+                            QStringLiteral("The search was cancelled; nothing was read."));
+        return;
+    }
+    if (!run.endedWell()) {
         s_.exclamation(run.message());
         return;
     }
@@ -62,6 +72,9 @@ void DeviceDiscovery::btn_sys_search_Click() {
     s_.setAddresses({});
     if (count == 0) {
         s_.exclamation(QStringLiteral("Not Find MAC !"));
+        emit s_.notice().hint(QStringLiteral("No controller answered on %1. File > Networks to "
+                                             "search... names the hosts to probe.")
+                                  .arg(search::sourceText(hosts)));
         return;
     }
     QStringList addresses;
@@ -75,6 +88,16 @@ void DeviceDiscovery::btn_sys_search_Click() {
     s_.setSearchDone();
     events::setListIndex(s_.ui().cbo_ipaddr, 0);
     s_.ui().con_interface->setEnabled(true);
+}
+
+bool DeviceDiscovery::waitFor(search::Run& run, const search::HostList& hosts) {
+    emit s_.notice().working(
+        QStringLiteral("Search MAC: probing %1").arg(search::sourceText(hosts)),
+        QStringLiteral("\"Stop waiting\" (Esc) cancels the search"));
+    const bool waited =
+        run.wait([this](const std::function<bool()>& ended) { return s_.pump().until(ended); });
+    emit s_.notice().ended();
+    return waited;
 }
 
 void DeviceDiscovery::FillModelList() {

@@ -4,6 +4,10 @@
 #include <QStringList>
 
 class Session;
+namespace search {
+class Run;
+struct HostList;
+} // namespace search
 
 // "Search MAC": runs the search program beside the tool and builds the device list
 // from the two files it leaves there. An installed tool finds the program in its
@@ -17,6 +21,7 @@ public:
     void btn_sys_search_Click();
 
 private:
+    bool waitFor(search::Run& run, const search::HostList& hosts);
     void FillModelList();
 
     Session& s_;

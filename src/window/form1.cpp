@@ -15,6 +15,7 @@
 #include "system/discovery.h"
 #include "system/networkconfig.h"
 #include "system/powermodel.h"
+#include "system/searchnetworks.h"
 #include "system/settingsbackup.h"
 #include "wall/bezelcorrection.h"
 #include "wall/bypasshotkey.h"
@@ -214,6 +215,11 @@ void Form1::buildMenus() {
                     [this] { backup_->saveAsked(); });
     file->addAction(QStringLiteral("&Restore controller settings..."), this,
                     [this] { backup_->restoreAsked(); });
+    file->addSeparator();
+    file->addAction(QStringLiteral("&Networks to search..."), this, [this] {
+        SearchNetworks networks(*session_, this);
+        networks.exec();
+    });
     QMenu* wall = menuBar()->addMenu(QStringLiteral("&Wall"));
     wall->addAction(QStringLiteral("Wall &planner..."), this, [this] { planner().present(); });
 }

@@ -1,7 +1,11 @@
 #include "support/bench.h"
+#include "system/searchnetworks.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QPlainTextEdit>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -173,6 +177,97 @@ private slots:
         QVERIFY(log.open(QIODevice::ReadOnly));
         QCOMPARE(log.readAll(), QByteArray("run\n"));
         QCOMPARE(boxes.texts(), QStringList{"Not Find MAC !"});
+    }
+
+    // The status bar names what is probed; "Stop waiting" cancels the search, and what the
+    // program had written is not read.
+    void cancelLeavesNoResultRead() {
+        writeFile("ZEDA.exe", "#!/bin/sh\ncd \"$(dirname \"$0\")\"\n"
+                              "printf 'AA-BB-CC-DD-EE-01\\r\\n' >MAC.txt\n"
+                              "printf '127.011.007.001\\r\\n' >IP.txt\nexec sleep 30\n");
+        QFile::setPermissions(beside("ZEDA.exe"),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("ZEDA_HOSTS", "127.11.7.1");
+        MessageBoxAnswerer boxes;
+        Form1 form;
+        auto* status = form.findChild<QLabel*>(QStringLiteral("wait_status"));
+        QString shown;
+        driver::when(&form, [&] { return !status->text().isEmpty(); }, [&] {
+            shown = status->text();
+            form.StopWaiting();
+        });
+        search(form);
+        qunsetenv("ZEDA_HOSTS");
+        QTRY_COMPARE(boxes.texts(), QStringList{"The search was cancelled; nothing was read."});
+        QVERIFY2(shown.startsWith(QStringLiteral("Search MAC: probing the environment variable "
+                                                 "ZEDA_HOSTS for ")),
+                 qPrintable(shown));
+        QCOMPARE(form.ui.cbo_ipaddr->count(), 0);
+        QVERIFY(!form.session().searchDone());
+    }
+
+    // File > Networks to search... writes the user's own list, refuses what is no host,
+    // and goes back to the automatic search.
+    void networksToSearchEditsTheUserList() {
+        QTemporaryDir config;
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.filePath("user")));
+        qputenv("XDG_CONFIG_DIRS", QFile::encodeName(config.filePath("system")));
+        const QString list = config.filePath("user/panomat-set/ZEDA.conf");
+        MessageBoxAnswerer boxes;
+        Form1 form;
+        form.show();
+        form.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&form));
+        QStringList sources;
+        QByteArray saved;
+        driver::when(&form, [] {
+            auto* dialog = qobject_cast<SearchNetworks*>(QApplication::activeModalWidget());
+            return dialog && dialog->isVisible();
+        },
+                     [&] {
+            auto* dialog = qobject_cast<SearchNetworks*>(QApplication::activeModalWidget());
+            const auto source = [dialog] {
+                return dialog->findChild<QLabel*>(QStringLiteral("search_source"))->text();
+            };
+            const auto press = [dialog](const char* name) {
+                QTest::mouseClick(dialog->findChild<QPushButton*>(QLatin1String(name)), Qt::LeftButton);
+            };
+            const auto type = [](const QStringList& lines) {
+                for (const QString& line : lines) {
+                    QTest::keyClicks(QApplication::focusWidget(), line);
+                    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+                }
+            };
+            auto* editor = dialog->findChild<QPlainTextEdit*>(QStringLiteral("search_list"));
+            sources << source();
+            driver::key(editor, Qt::Key_End);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
+            type({"192.0.2.7 # the lab", "192.0.2.0/30"});
+            press("search_save");
+            sources << source();
+            QFile file(list);
+            if (file.open(QIODevice::ReadOnly))
+                saved = file.readAll();
+            driver::key(editor, Qt::Key_End);
+            type({"printer"});
+            press("search_save");
+            press("search_automatic");
+            sources << source();
+            dialog->reject();
+        });
+        QTest::keyClick(&form, Qt::Key_F, Qt::AltModifier);
+        QVERIFY(QTest::qWaitFor([] { return QApplication::activePopupWidget() != nullptr; }));
+        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_N);
+        qunsetenv("XDG_CONFIG_HOME");
+        qunsetenv("XDG_CONFIG_DIRS");
+        QCOMPARE(saved, QByteArray("192.0.2.7 # the lab\n192.0.2.0/30\n"));
+        QCOMPARE(boxes.texts(), QStringList{"\"printer\" is not an address, a range or a network "
+                                            "of at most a /16; the list was not saved."});
+        QVERIFY(!QFile::exists(list));
+        QCOMPARE(sources.size(), 3);
+        QVERIFY2(sources[1].contains(QStringLiteral("your list %1").arg(list)), qPrintable(sources[1]));
+        QVERIFY2(sources[2].contains(QStringLiteral("the networks of this computer (automatic)")),
+                 qPrintable(sources[2]));
     }
 };
 

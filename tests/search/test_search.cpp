@@ -259,11 +259,15 @@ private slots:
         target.close();
         QVERIFY(target.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
         const QByteArray link = QFile::encodeName(secret);
-        const QByteArray dir = QFile::encodeName(folder.dir.path());
-        const Run run = runSearch(folder, "127.21.43.1", {}, [names, link, dir] {
-            for (const QString& name : names) {
-                const QByteArray path = dir + '/' + name.arg(getpid()).toLatin1();
-                if (symlink(link.constData(), path.constData()) != 0)
+        // Made here: the child between fork and exec must not allocate.
+        std::vector<QByteArray> paths;
+        for (QString name : names)
+            paths.push_back(QFile::encodeName(folder.dir.filePath(name.replace("%1", "%d"))));
+        const Run run = runSearch(folder, "127.21.43.1", {}, [paths, link] {
+            for (const QByteArray& pattern : paths) {
+                char path[4096];
+                std::snprintf(path, sizeof path, pattern.constData(), int(getpid()));
+                if (symlink(link.constData(), path) != 0)
                     _exit(126);
             }
         });

@@ -274,6 +274,11 @@ private slots:
     // More clients than the program has descriptors: it pauses accepting instead of
     // spinning on the listening socket, and serves the waiting clients as others go.
     void descriptorExhaustion() {
+#ifdef __SANITIZE_ADDRESS__
+        // The sanitizers probe memory through a pipe of their own: with no descriptor
+        // left they take every object for an invalid one and stop the program.
+        QSKIP("the sanitizers need a free descriptor of their own");
+#endif
         QProcess p;
         p.setChildProcessModifier([] {
             const rlimit few{64, 64};
@@ -289,12 +294,14 @@ private slots:
             QVERIFY(clients.back()->connected()); // in the listen queue at least
             clients.back()->send("RVER");
         }
-        QTest::qWait(500);
         const auto served = [&] {
             return std::count_if(clients.begin(), clients.end(),
                                  [](const auto& c) { return c->chunks.join() == "VERS102\r\n"; });
         };
-        QVERIFY2(served() > 0 && served() < 70, "the descriptors did not run out");
+        // Those it could take are served; a slow build takes a while to get there.
+        QVERIFY(QTest::qWaitFor([&] { return served() > 0; }, 10000));
+        QTest::qWait(500);
+        QVERIFY2(served() < 70, "the descriptors did not run out");
         const auto cpu = [&] { // user + system time of the program, in clock ticks
             QFile stat(QStringLiteral("/proc/%1/stat").arg(p.processId()));
             const QList<QByteArray> fields = stat.open(QIODevice::ReadOnly)

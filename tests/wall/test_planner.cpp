@@ -55,6 +55,16 @@ struct Planner : Bench {
     }
 
     sim::VirtualController* c(int number) { return &device(number - 1); }
+
+    // A 4 x 4 wall, auto-filled and applied.
+    WallPlanner* applyFourByFour() {
+        WallPlanner* planner = openPlanner();
+        typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
+        typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
+        press(planner, "planner_autofill");
+        press(planner, "planner_apply");
+        return planner;
+    }
 };
 
 } // namespace
@@ -271,11 +281,7 @@ void TestPlanner::silentAndDroppingControllersAreNamedOthersAreDone() {
     sim::Faults drops;
     drops.dropAfter = 3;
     bench.c(4)->setFaults(drops);
-    WallPlanner* planner = bench.openPlanner();
-    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
-    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
-    Planner::press(planner, "planner_autofill");
-    Planner::press(planner, "planner_apply");
+    WallPlanner* planner = bench.applyFourByFour();
 
     const QString summary = bench.boxes.texts().last();
     QVERIFY2(summary.startsWith(QStringLiteral(
@@ -326,11 +332,7 @@ void TestPlanner::aDropAfterTheKthWriteIsReportedAsTheControllerHasIt() {
     sim::Faults drop;
     drop.dropAfterWrites = k;
     bench.c(2)->setFaults(drop);
-    WallPlanner* planner = bench.openPlanner();
-    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_rows")), 4);
-    Planner::typeInto(planner->findChild<QSpinBox*>(QStringLiteral("planner_cols")), 4);
-    Planner::press(planner, "planner_autofill");
-    Planner::press(planner, "planner_apply");
+    bench.applyFourByFour();
     const QString summary = bench.boxes.texts().last();
     QVERIFY2(summary.contains(QStringLiteral(": %1 of 16 outputs placed.").arg(12 + k / 2)),
              qPrintable(summary));

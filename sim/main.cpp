@@ -113,7 +113,10 @@ Options parse(const QCoreApplication& app) {
     if (p.isSet(QStringLiteral("first"))) {
         const QString text = p.value(QStringLiteral("first"));
         o.first = QHostAddress(text);
-        const bool ipv4 = o.first.protocol() == QHostAddress::IPv4Protocol;
+        // Dotted quads only: "192.0.2" would be read as 192.0.0.2, an address nobody meant.
+        static const QRegularExpression dotted(QStringLiteral("^\\d{1,3}(\\.\\d{1,3}){3}$"));
+        const bool ipv4 =
+            o.first.protocol() == QHostAddress::IPv4Protocol && dotted.match(text).hasMatch();
         if (!ipv4 ||
             ((o.first.toIPv4Address() >> 24) != 127 && !p.isSet(QStringLiteral("any-address"))))
             fail(QStringLiteral("--first must be an IPv4 address in 127.0.0.0/8, not '%1'%2")

@@ -292,30 +292,48 @@ private slots:
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QByteArray>("probing"); // standard output
         QTest::addColumn<QList<int>>("found");   // controller numbers
+        QTest::addColumn<bool>("secondNetwork"); // the searcher is on 198.51.100.0/30 too
         QTest::newRow("nothing configured")
             << QString() << QByteArray() << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n")
-            << QList<int>{0, 1, 2};
+            << QList<int>{0, 1, 2} << false;
         QFile example(ZEDA_CONF_EXAMPLE);
         QVERIFY(example.open(QIODevice::ReadOnly));
         QTest::newRow("the shipped example beside the program")
             << "beside" << example.readAll()
-            << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n") << QList<int>{0, 1, 2};
+            << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n") << QList<int>{0, 1, 2}
+            << false;
         QTest::newRow("the user's list")
             << "user" << QByteArray("192.0.2.11-192.0.2.12\n192.0.2.99 # gone\n")
             << QByteArray("probing the host list ~/.config/panomat-set/ZEDA.conf (3 hosts)\n")
-            << QList<int>{1, 2};
+            << QList<int>{1, 2} << false;
+        QTest::newRow("two networks, summed up last")
+            << QString() << QByteArray()
+            << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n"
+                          "probing 198.51.100.0/30 on eth1 (1 host)\n"
+                          "probing 2 networks: 192.0.2.0/24 on eth0, 198.51.100.0/30 on eth1 "
+                          "(254 hosts)\n")
+            << QList<int>{0, 1, 2} << true;
     }
     void searchOfASimulatedLan() {
         QFETCH(QString, list);
         QFETCH(QByteArray, text);
         QFETCH(QByteArray, probing);
         QFETCH(QList<int>, found);
+        QFETCH(bool, secondNetwork);
         SimulatedLan net;
         if (!net.make(3)) {
             if (!net.madeNamespaces)
                 QSKIP(qPrintable("network namespaces cannot be made here: " + net.error));
             QFAIL(qPrintable(net.error));
         }
+        if (secondNetwork)
+            for (const QStringList& step :
+                 {QStringList{"-n", net.searcher, "link", "add", "eth1", "type", "veth", "peer",
+                              "name", "eth1peer"},
+                  {"-n", net.searcher, "addr", "add", "198.51.100.1/30", "dev", "eth1"},
+                  {"-n", net.searcher, "link", "set", "eth1peer", "up"},
+                  {"-n", net.searcher, "link", "set", "eth1", "up"}})
+                QVERIFY2(ip(step, &net.error), qPrintable(net.error));
         QProcess controllers;
         controllers.setChildProcessModifier(SimulatedLan::enter(net.lan));
         controllers.start(PANOMAT_SIM_EXE,

@@ -1,4 +1,5 @@
-// panomat-sim: virtual video-wall controllers on loopback addresses.
+// panomat-sim: virtual video-wall controllers on loopback addresses, or on any address
+// of a simulated LAN inside a network namespace.
 
 #include "simulator.h"
 
@@ -16,6 +17,7 @@ struct Options {
     QHostAddress first{QStringLiteral("127.0.0.2")};
     quint16 port = sim::VirtualController::DefaultPort;
     bool quiet = false;
+    sim::Simulator::Addresses addresses = sim::Simulator::Addresses::LoopbackOnly;
     QMap<int, sim::Faults> faults; // by controller number
 };
 
@@ -59,7 +61,8 @@ Options parse(const QCoreApplication& app) {
     p.setApplicationDescription(QStringLiteral(
         "Virtual video-wall controllers for demos, training and tests.\n"
         "Each controller listens on its own loopback address and answers the controller's\n"
-        "command protocol; the protocol log goes to standard output.\n\n"
+        "command protocol; the protocol log goes to standard output. For a simulated LAN\n"
+        "inside a network namespace, --any-address lets them listen on other addresses.\n\n"
         "Fault options take [CONTROLLERS:]VALUE, where CONTROLLERS is 'all' (the default)\n"
         "or controller numbers such as 2 or 1,3, and may be repeated, e.g.\n"
         "  --latency 200 --silent 2:RBY,RVER --drop-after 3:10"));
@@ -72,6 +75,10 @@ Options parse(const QCoreApplication& app) {
                  QStringLiteral("Address of controller 1, in 127.0.0.0/8 (default 127.0.0.2); the "
                                 "others follow."),
                  QStringLiteral("address")});
+    p.addOption({QStringLiteral("any-address"),
+                 QStringLiteral("Allow --first outside 127.0.0.0/8, for a simulated LAN inside a "
+                                "network namespace. The controllers answer anyone who reaches "
+                                "them: never on a real network.")});
     p.addOption(
         {QStringLiteral("port"), QStringLiteral("TCP port (default 23)."), QStringLiteral("port")});
     p.addOption(
@@ -106,11 +113,19 @@ Options parse(const QCoreApplication& app) {
     if (p.isSet(QStringLiteral("first"))) {
         const QString text = p.value(QStringLiteral("first"));
         o.first = QHostAddress(text);
-        if (o.first.protocol() != QHostAddress::IPv4Protocol ||
-            (o.first.toIPv4Address() >> 24) != 127)
-            fail(QStringLiteral("--first must be an IPv4 address in 127.0.0.0/8, not '%1'")
-                     .arg(text));
+        // Dotted quads only: "192.0.2" would be read as 192.0.0.2, an address nobody meant.
+        static const QRegularExpression dotted(QStringLiteral("^\\d{1,3}(\\.\\d{1,3}){3}$"));
+        const bool ipv4 =
+            o.first.protocol() == QHostAddress::IPv4Protocol && dotted.match(text).hasMatch();
+        if (!ipv4 ||
+            ((o.first.toIPv4Address() >> 24) != 127 && !p.isSet(QStringLiteral("any-address"))))
+            fail(QStringLiteral("--first must be an IPv4 address in 127.0.0.0/8, not '%1'%2")
+                     .arg(text, ipv4 ? QStringLiteral(" (--any-address allows it, for a simulated "
+                                                      "LAN inside a network namespace)")
+                                     : QString()));
     }
+    if (p.isSet(QStringLiteral("any-address")))
+        o.addresses = sim::Simulator::Addresses::Any;
     if (p.isSet(QStringLiteral("port")))
         o.port =
             quint16(number(p.value(QStringLiteral("port")), 1, 65535, QStringLiteral("--port")));
@@ -162,7 +177,7 @@ int main(int argc, char* argv[]) {
     sim::Simulator simulator;
     if (!o.quiet)
         QObject::connect(&simulator, &sim::Simulator::logLine, &print);
-    if (!simulator.start(o.first, o.devices, o.port)) {
+    if (!simulator.start(o.first, o.devices, o.port, o.addresses)) {
         std::fprintf(stderr, "panomat-sim: %s\n", qPrintable(simulator.errorString()));
         return 1;
     }

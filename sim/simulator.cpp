@@ -8,18 +8,29 @@ Simulator::~Simulator() {
     stop();
 }
 
-bool Simulator::start(const QHostAddress& first, int count, quint16 port) {
+bool Simulator::start(const QHostAddress& first, int count, quint16 port, Addresses addresses) {
     stop();
     const quint32 base = first.toIPv4Address();
-    if (first.protocol() != QHostAddress::IPv4Protocol || (base >> 24) != 127) {
+    const bool loopback = (base >> 24) == 127;
+    if (first.protocol() != QHostAddress::IPv4Protocol ||
+        (addresses == Addresses::LoopbackOnly && !loopback)) {
         error_ = QStringLiteral("%1 is not a loopback address (127.0.0.0/8)").arg(first.toString());
         return false;
     }
+    // Loopback ends below 127.255.255.255, its broadcast address; other unicast below
+    // the multicast range 224.0.0.0/4.
+    const quint64 end = loopback ? 0x7FFFFFFFu : 0xE0000000u;
     const quint64 last = quint64(base) + quint64(qMax(count, 1)) - 1;
-    if (count < 1 || last >= 0x7FFFFFFFu) { // 127.255.255.255 is the broadcast address
-        error_ = QStringLiteral("%1 controllers from %2 do not fit in 127.0.0.0/8")
+    if (!loopback && (base >> 24) == 0) {
+        error_ = QStringLiteral("%1 is no address to listen on").arg(first.toString());
+        return false;
+    }
+    if (count < 1 || last >= end || (!loopback && (last >> 24) == 127)) {
+        error_ = QStringLiteral("%1 controllers from %2 do not fit in %3")
                      .arg(count)
-                     .arg(first.toString());
+                     .arg(first.toString(),
+                          loopback ? QStringLiteral("127.0.0.0/8")
+                                   : QStringLiteral("the unicast addresses outside 127.0.0.0/8"));
         return false;
     }
     for (int i = 0; i < count; ++i) {

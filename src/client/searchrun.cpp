@@ -21,6 +21,20 @@ namespace {
 
 constexpr int AddressField = 15;
 
+// As the operator may see it: control and non-ASCII bytes as \xNN, within
+// Run::MaxLineChars characters.
+QString escapedLine(const QByteArray& bytes) {
+    QString out;
+    for (const char c : bytes) {
+        const auto b = static_cast<unsigned char>(c);
+        if (b < 0x20 || b >= 0x7F)
+            out += QStringLiteral("\\x%1").arg(b, 2, 16, QLatin1Char('0'));
+        else
+            out += QLatin1Char(c);
+    }
+    return out.left(Run::MaxLineChars);
+}
+
 QString besideProgram(const QString& name) {
     return QDir(QCoreApplication::applicationDirPath()).filePath(name);
 }
@@ -57,6 +71,11 @@ Run::Run() : program_(program()), folder_(resultFolder(program_)) {
                 .arg(Program, QDir::toNativeSeparators(QCoreApplication::applicationDirPath()));
 }
 
+Run::~Run() {
+    // The program is killed with the QProcess; nobody listens any more.
+    QObject::disconnect(reading_);
+}
+
 bool Run::found() const {
     return QFileInfo(program_).isFile();
 }
@@ -81,7 +100,14 @@ bool Run::start() {
     process_.setArguments(arguments(folder_));
     process_.setWorkingDirectory(QCoreApplication::applicationDirPath());
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process_.setStandardOutputFile(QProcess::nullDevice());
+    if (!hosts_.isEmpty()) {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("ZEDA_HOSTS"), hosts_);
+        process_.setProcessEnvironment(env);
+    }
+    // Read even with nobody to tell: a program whose pipe is full would stop.
+    reading_ = QObject::connect(&process_, &QProcess::readyReadStandardOutput, &process_,
+                                [this] { readLines(false); });
 #ifdef Q_OS_WIN
     process_.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* args) {
         args->startupInfo->dwFlags |= STARTF_USESHOWWINDOW;
@@ -115,14 +141,46 @@ bool Run::wait(const client::Wait& wait, int timeoutMs) {
         waited = wait([&] { return ended() || timedOut; });
     else if (!ended())
         loop.exec();
-    if (waited && !timedOut)
+    if (waited && !timedOut) {
+        readLines(true);
+        QObject::disconnect(reading_);
         return true;
+    }
+    // A stopped search tells nothing more, not even while it is put down.
+    QObject::disconnect(reading_);
     if (timedOut)
         message_ =
             QStringLiteral("%1 did not end within %2 s !").arg(Program).arg(timeoutMs / 1000);
     process_.kill();
     process_.waitForFinished(-1);
     return false;
+}
+
+void Run::readLines(bool atEnd) {
+    // The program's lines are short; anything else is read in bounded pieces and cut.
+    char chunk[4096];
+    for (;;) {
+        const qint64 got = process_.read(chunk, sizeof chunk);
+        if (got <= 0)
+            break;
+        for (qint64 i = 0; i < got; ++i) {
+            const char c = chunk[i];
+            if (c == '\n') {
+                if (partial_.endsWith('\r'))
+                    partial_.chop(1);
+                const QByteArray line = std::exchange(partial_, {});
+                if (onLine_)
+                    onLine_(escapedLine(line));
+            } else if (partial_.size() < MaxLineChars) {
+                partial_ += c; // the rest of a longer line is dropped
+            }
+        }
+    }
+    if (atEnd && !partial_.isEmpty()) {
+        const QByteArray line = std::exchange(partial_, {});
+        if (onLine_)
+            onLine_(escapedLine(line));
+    }
 }
 
 bool Run::endedWell() {

@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <optional>
 
 // The device search program and the two result files it leaves: MAC.txt, one MAC a
@@ -36,12 +37,32 @@ QStringList arguments(const QString& folder);
 // operator is shown.
 class Run {
 public:
+    // A line of the program's standard output, as it comes.
+    using LineHandler = std::function<void(const QString& line)>;
+    // The program says what it probes in short lines ("probing 192.0.2.0/24 on eth0
+    // (253 hosts)"); longer ones are cut to this many characters.
+    static constexpr int MaxLineChars = 200;
+
     Run(); // finds the program and where its results go
+    ~Run();
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
 
     bool found() const; // the program is there
+    // Probe these hosts instead of the configured lists: the program's ZEDA_HOSTS, in
+    // its words (addresses, ranges a.b.c.d-e, networks a.b.c.d/n, separated by commas
+    // or blanks). Empty: as configured, the machine's own networks when nothing is.
+    // Before start().
+    void setHosts(const QString& list) { hosts_ = list; }
+    // Called with each line the program prints on its standard output while it runs,
+    // and with the last unfinished one when it ends: which host list or networks it
+    // probes. Control and non-ASCII bytes come escaped as \xNN, the line end taken off,
+    // at most MaxLineChars characters. Called from the event loop that the wait turns
+    // (the window's pump, or wait()'s own), never after wait() returned. Before start().
+    void setLineHandler(LineHandler handler) { onLine_ = std::move(handler); }
     // Makes the result folder, removes the last run's results and starts the program,
     // minimised without focus where windows have that. Its own messages go to our
-    // error output; what it prints besides is not ours to show.
+    // error output; its standard output goes to the line handler, or nowhere.
     bool start();
     // Until the program has ended: through wait (the window's pump) or an event loop of
     // its own, for at most timeoutMs (below zero: no limit). False when the wait was
@@ -54,10 +75,17 @@ public:
     QString message() const { return message_; }
 
 private:
+    // Hands over the complete lines read so far; at the end, the rest too.
+    void readLines(bool atEnd);
+
     QString program_;
     QString folder_;
     QString message_;
+    QString hosts_;
+    LineHandler onLine_;
+    QByteArray partial_; // of the line being read, at most MaxLineChars bytes kept
     QProcess process_;
+    QMetaObject::Connection reading_;
 };
 
 // A result file larger than this is not the search program's: 65 536 controllers, the

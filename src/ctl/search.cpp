@@ -15,8 +15,12 @@ namespace {
 // A search of a large network ends well within this.
 constexpr int SearchTimeoutMs = 120000;
 
-bool runProgram(QString* error) {
+// What the program probes goes to the error output with its other messages: standard
+// output holds the table or the JSON alone.
+bool runProgram(const QString& hosts, QString* error) {
     search::Run run;
+    run.setHosts(hosts);
+    run.setLineHandler([](const QString& line) { QTextStream(stderr) << line << '\n'; });
     if (run.start() && run.wait({}, SearchTimeoutMs) && run.endedWell())
         return true;
     *error = run.message();
@@ -27,13 +31,24 @@ bool runProgram(QString* error) {
 
 int runSearch(const QStringList& arguments) {
     Cli cli(QStringLiteral("search"),
-            QStringLiteral("Finds the controllers on the local network with the search program "
-                           "and reads each one's firmware."),
+            QStringLiteral("Finds the controllers with the search program and reads each one's "
+                           "firmware. The hosts probed are those of --hosts, else the configured "
+                           "host list, else the networks of this machine; which they were goes "
+                           "to the error output."),
             Cli::Json | Cli::Timeout);
+    const QCommandLineOption hosts(
+        QStringLiteral("hosts"),
+        QStringLiteral("Probe these hosts instead of the configured host list (or, with none, "
+                       "the networks of this machine): addresses, ranges a.b.c.d-e and networks "
+                       "a.b.c.d/n, separated by commas."),
+        QStringLiteral("LIST"));
+    cli.parser.addOption(hosts);
     if (!cli.parse(arguments))
         return Usage;
+    if (cli.parser.isSet(hosts) && cli.parser.value(hosts).trimmed().isEmpty())
+        return cli.usage(QStringLiteral("--hosts takes a list of hosts"));
     QString error;
-    if (!runProgram(&error)) {
+    if (!runProgram(cli.parser.values(hosts).join(u','), &error)) {
         QTextStream(stderr) << "panomat-ctl search: " << error << '\n';
         return SomeFailed;
     }

@@ -56,6 +56,9 @@ private slots:
     void sendWithoutAnAnswerFails();
     void allTakesOnlyPlainAddresses_data();
     void allTakesOnlyPlainAddresses();
+    void searchProbesTheGivenHosts_data();
+    void searchProbesTheGivenHosts();
+    void searchLinesReachTheTerminalEscapedAndCut();
 
 private:
     // Runs panomat-ctl while this process's controllers answer it.
@@ -504,6 +507,67 @@ void TestCtl::timeOutsNeverFireEarly() {
         QTRY_VERIFY_WITH_TIMEOUT(waited >= 0, 5000);
         QVERIFY2(waited >= timeoutMs, qPrintable(QStringLiteral("%1 ms for %2").arg(waited).arg(timeoutMs)));
     }
+}
+
+// --hosts replaces every configured list. What was probed is said on the error
+// output, so that the table and the JSON stay alone on standard output.
+void TestCtl::searchProbesTheGivenHosts_data() {
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exit");
+    QTest::addColumn<QStringList>("found");
+    QTest::addColumn<QString>("said");
+    QTest::newRow("table") << QStringList{"--hosts", "127.67.0.1-127.67.0.3"} << 0
+                           << QStringList{address(0), address(1)}
+                           << "probing the host list ZEDA_HOSTS (3 hosts)\n";
+    QTest::newRow("JSON, the option twice")
+        << QStringList{"--json", "--hosts", address(2), "--hosts", address(3)} << 0
+        << QStringList{address(2), address(3)} << "probing the host list ZEDA_HOSTS (2 hosts)\n";
+    QTest::newRow("a blank list") << QStringList{"--hosts", " "} << 2 << QStringList{}
+                                  << "panomat-ctl search: --hosts takes a list of hosts";
+}
+
+void TestCtl::searchProbesTheGivenHosts() {
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exit);
+    QFETCH(QStringList, found);
+    QFETCH(QString, said);
+    // The program and the search program alone in a folder, results kept beside.
+    const QString program = file("panomat-ctl");
+    QVERIFY(QFile::copy(QStringLiteral(PANOMAT_CTL), program) &&
+            QFile::copy(QStringLiteral(ZEDA_EXE), file("ZEDA.exe")));
+    const Run run = ctl(QStringList{"search"} + arguments, program);
+    QCOMPARE(run.exit, exit);
+    QVERIFY2(run.err.contains(said), qPrintable(run.err));
+    QVERIFY(!run.out.contains("probing"));
+    QStringList listed;
+    if (arguments.contains("--json")) {
+        QJsonParseError error;
+        const QJsonArray rows = QJsonDocument::fromJson(run.out.toUtf8(), &error).array();
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        for (const QJsonValue& row : rows)
+            listed << row.toObject().value("address").toString();
+    } else {
+        for (const QString& line : run.out.split(u'\n', Qt::SkipEmptyParts).mid(1))
+            listed << line.section(u' ', 1, 1, QString::SectionSkipEmpty);
+    }
+    QCOMPARE(listed, found);
+    QCOMPARE(QFile::exists(file("MAC.txt")), exit == 0);
+}
+
+// The search program's standard output is shown to the operator: bytes that would drive
+// the terminal come escaped, a runaway line is cut, and an unfinished last line counts.
+void TestCtl::searchLinesReachTheTerminalEscapedAndCut() {
+    const QString program = file("panomat-ctl");
+    QVERIFY(QFile::copy(QStringLiteral(PANOMAT_CTL), program));
+    write("ZEDA.exe", "#!/bin/sh\n"
+                      "printf '\\033[2Jprobing\\r\\n'\n"
+                      "head -c 100000 /dev/zero | tr '\\0' a\n"
+                      "printf '\\nlast'\n"
+                      ": >MAC.txt; : >IP.txt\n");
+    QVERIFY(QFile::setPermissions(file("ZEDA.exe"), QFile::ReadOwner | QFile::ExeOwner));
+    const Run run = ctl({"search", "--hosts", "127.67.0.1"}, program);
+    QCOMPARE(run.exit, 0);
+    QCOMPARE(run.err, "\\x1b[2Jprobing\n" + QString(200, u'a') + "\nlast\n");
 }
 
 QTEST_GUILESS_MAIN(TestCtl)

@@ -1,15 +1,19 @@
-// The search program: its host configuration, and the real ZEDA.exe run against
-// virtual controllers on 127.21.0.0/16, port 23, or in a network namespace of its
-// own where no host can be reached.
+// The search program: its host configuration, the networks it picks by itself, and
+// the real ZEDA.exe run against virtual controllers on 127.21.0.0/16, port 23, in a
+// network namespace of its own where no host can be reached, or on a simulated LAN
+// of two namespaces on 192.0.2.0/24.
 
 #include "simulator.h"
 #include "zedahosts.h"
+#include "zedanetworks.h"
 #include "zedaresults.h"
 
 #include "support/datalimit.h"
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtTest>
+#include <fcntl.h>
+#include <net/if.h>
 #include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -23,6 +27,18 @@ struct SearchFolder {
     bool ready = QFile::copy(ZEDA_EXE, exe);
 };
 
+// No host list but those a test makes: the user's and the system's lists would be
+// those of whoever runs the tests, and with none at all the search would probe this
+// machine's real networks.
+QProcessEnvironment withoutUserLists(const SearchFolder& folder) {
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"ZEDA_HOSTS", "XDG_CONFIG_HOME"})
+        env.remove(name);
+    env.insert("HOME", folder.dir.filePath("home"));
+    env.insert("XDG_CONFIG_DIRS", folder.dir.filePath("no-system-lists"));
+    return env;
+}
+
 struct Run {
     int exitCode = -1;
     QByteArray said; // stderr
@@ -33,8 +49,7 @@ struct Run {
 Run runSearch(const SearchFolder& folder, const QByteArray& hosts,
               const QStringList& arguments = {}, const std::function<void()>& inChild = {}) {
     QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.remove("ZEDA_HOSTS");
+    QProcessEnvironment env = withoutUserLists(folder);
     if (!hosts.isEmpty())
         env.insert("ZEDA_HOSTS", QString::fromLatin1(hosts));
     p.setProcessEnvironment(env);
@@ -53,6 +68,95 @@ Run runSearch(const SearchFolder& folder, const QByteArray& hosts,
     }
     return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardError()};
 }
+
+constexpr unsigned Up = IFF_UP | IFF_RUNNING;
+
+InterfaceAddress interfaceAt(const char* name, const char* address, int prefix,
+                             unsigned flags = Up | IFF_BROADCAST, const char* peer = nullptr) {
+    return {name, flags, QHostAddress(address).toIPv4Address(),
+            prefix ? ~quint32(0) << (32 - prefix) : 0,
+            peer ? QHostAddress(peer).toIPv4Address() : 0};
+}
+
+// Runs ip(8) and says what it said when it failed.
+bool ip(const QStringList& arguments, QString* error) {
+    QProcess p;
+    p.setProcessChannelMode(QProcess::MergedChannels);
+    p.start("ip", arguments);
+    if (p.waitForFinished(10000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0)
+        return true;
+    *error = "ip " + arguments.join(' ') + ": " + QString::fromLocal8Bit(p.readAll()).trimmed() +
+             p.errorString();
+    return false;
+}
+
+// A LAN of two network namespaces: the searcher's, with 192.0.2.1/24 on eth0, and the
+// controllers', a bridge with one interface for each controller address from
+// 192.0.2.10 on. Each controller interface has its own MAC, and answers ARP only for
+// its own address, as separate devices on a LAN would. Removed again, whatever happened.
+struct SimulatedLan {
+    const QString searcher = QStringLiteral("zeda-searcher-%1").arg(getpid());
+    const QString lan = QStringLiteral("zeda-lan-%1").arg(getpid());
+    QString error;
+    bool madeNamespaces = false;
+
+    static QString mac(int i) { return QStringLiteral("02:5e:00:00:02:%1").arg(10 + i); }
+
+    bool make(int controllers) {
+        if (!ip({"netns", "add", searcher}, &error))
+            return false;
+        if (!ip({"netns", "add", lan}, &error)) {
+            ip({"netns", "del", searcher}, &error);
+            return false;
+        }
+        madeNamespaces = true;
+        // Set before the interfaces exist, which take the defaults. Replies from any
+        // controller leave by the first route, so the reverse-path filter must not care.
+        QStringList sysctls;
+        for (const char* scope : {"all", "default"})
+            sysctls << QStringLiteral("echo 1 >/proc/sys/net/ipv4/conf/%1/arp_ignore; echo 2 "
+                                      ">/proc/sys/net/ipv4/conf/%1/arp_announce; echo 0 "
+                                      ">/proc/sys/net/ipv4/conf/%1/rp_filter")
+                           .arg(scope);
+        QList<QStringList> steps{{"netns", "exec", lan, "sh", "-ec", sysctls.join("; ")},
+                                 {"-n", lan, "link", "add", "br0", "type", "bridge"},
+                                 {"-n", lan, "link", "set", "br0", "up"},
+                                 {"-n", lan, "link", "add", "up0", "type", "veth", "peer", "name",
+                                  "eth0", "netns", searcher},
+                                 {"-n", lan, "link", "set", "up0", "master", "br0", "up"},
+                                 {"-n", searcher, "addr", "add", "192.0.2.1/24", "dev", "eth0"},
+                                 {"-n", searcher, "link", "set", "eth0", "up"}};
+        for (int i = 0; i < controllers; ++i) {
+            const QString c = QStringLiteral("c%1").arg(i), port = QStringLiteral("p%1").arg(i);
+            steps.append(
+                {{"-n", lan, "link", "add", c, "address", mac(i), "type", "veth", "peer", "name",
+                  port},
+                 {"-n", lan, "link", "set", port, "master", "br0", "up"},
+                 {"-n", lan, "addr", "add", QStringLiteral("192.0.2.%1/24").arg(10 + i), "dev", c},
+                 {"-n", lan, "link", "set", c, "up"}});
+        }
+        for (const QStringList& step : steps)
+            if (!ip(step, &error))
+                return false;
+        return true;
+    }
+    ~SimulatedLan() {
+        QString ignored;
+        if (madeNamespaces)
+            for (const QString& name : {searcher, lan})
+                ip({"netns", "del", name}, &ignored);
+    }
+
+    // For QProcess::setChildProcessModifier: the child joins namespace `name`.
+    static std::function<void()> enter(const QString& name) {
+        const QByteArray path = QFile::encodeName("/run/netns/" + name);
+        return [path] {
+            const int fd = open(path.constData(), O_RDONLY | O_CLOEXEC);
+            if (fd < 0 || setns(fd, CLONE_NEWNET) != 0)
+                _exit(124);
+        };
+    }
+};
 
 } // namespace
 
@@ -101,6 +205,180 @@ private slots:
                      {0x7F150901u, "52-54-00-AB-CD-0E"}})); // 127.21.9.1
     }
 
+    // Which networks the search probes by itself: what would reach another host, each
+    // network once, never the machine's own addresses, and no more than a /22 whole.
+    void machineNetworks_data() {
+        QTest::addColumn<std::vector<InterfaceAddress>>("interfaces");
+        QTest::addColumn<QStringList>("networks"); // "network on interface (hosts)"
+        QTest::addColumn<QString>("first");        // the lowest host probed
+        QTest::addColumn<int>("hosts");
+        QTest::addColumn<QStringList>("notes");
+        QTest::newRow("a /24, the own address left out")
+            << std::vector<InterfaceAddress>{interfaceAt("lo", "127.0.0.1", 8, Up | IFF_LOOPBACK),
+                                             interfaceAt("eth0", "192.0.2.1", 24)}
+            << QStringList{"192.0.2.0/24 on eth0 (253)"} << "192.0.2.2" << 253 << QStringList{};
+        QTest::newRow("a /22 whole")
+            << std::vector<InterfaceAddress>{interfaceAt("eth0", "198.51.101.7", 22)}
+            << QStringList{"198.51.100.0/22 on eth0 (1021)"} << "198.51.100.1" << 1021
+            << QStringList{};
+        QTest::newRow("a /21: the /24 around")
+            << std::vector<InterfaceAddress>{interfaceAt("wlan0", "198.51.101.7", 21)}
+            << QStringList{"198.51.101.0/24 on wlan0 (253)"} << "198.51.101.1" << 253
+            << QStringList{"198.51.96.0/21 on wlan0 is larger than a /22: probing only "
+                           "198.51.101.0/24 around 198.51.101.7"};
+        QTest::newRow("/31, /32 alone, /32 to a peer")
+            << std::vector<InterfaceAddress>{interfaceAt("eth0", "192.0.2.4", 31),
+                                             interfaceAt("eth1", "192.0.2.9", 32),
+                                             interfaceAt("ppp0", "192.0.2.20", 32,
+                                                         Up | IFF_POINTOPOINT, "192.0.2.21")}
+            << QStringList{"192.0.2.4/31 on eth0 (1)", "192.0.2.21/32 on ppp0 (1)"} << "192.0.2.5"
+            << 2 << QStringList{"192.0.2.9/32 on eth1 has no other host"};
+        QTest::newRow("loopback, down, not running, no mask: nothing")
+            << std::vector<InterfaceAddress>{interfaceAt("lo", "127.0.0.1", 8, Up | IFF_LOOPBACK),
+                                             interfaceAt("eth0", "192.0.2.1", 24, 0),
+                                             interfaceAt("eth1", "198.51.100.1", 24, IFF_UP),
+                                             interfaceAt("eth2", "203.0.113.1", 0)}
+            << QStringList{} << "" << 0 << QStringList{};
+        QTest::newRow("two addresses on one network; another interface's address")
+            << std::vector<InterfaceAddress>{interfaceAt("eth0", "192.0.2.10", 24),
+                                             interfaceAt("eth0", "192.0.2.11", 24),
+                                             interfaceAt("eth1", "192.0.2.12", 24),
+                                             interfaceAt("eth2", "192.0.2.13", 24, 0)}
+            << QStringList{"192.0.2.0/24 on eth0 (250)"} << "192.0.2.1" << 250 << QStringList{};
+        std::vector<InterfaceAddress> many;
+        QStringList sixteen;
+        for (int i = 0; i < 18; ++i) {
+            many.push_back(interfaceAt(qPrintable(QStringLiteral("br%1").arg(i)),
+                                       qPrintable(QStringLiteral("10.%1.0.1").arg(i)), 30));
+            if (i < 16)
+                sixteen << QStringLiteral("10.%1.0.0/30 on br%1 (1)").arg(i);
+        }
+        QTest::newRow("at most 16 networks")
+            << many << sixteen << "10.0.0.2" << 16
+            << QStringList{"left out 10.16.0.0/30 on br16: more than 16 networks",
+                           "left out 10.17.0.0/30 on br17: more than 16 networks"};
+    }
+    void machineNetworks() {
+        QFETCH(std::vector<InterfaceAddress>, interfaces);
+        QFETCH(QStringList, networks);
+        QFETCH(QString, first);
+        QFETCH(int, hosts);
+        QFETCH(QStringList, notes);
+        const NetworkPlan plan = networksToSearch(interfaces);
+        QStringList probed, said;
+        for (const SearchedNetwork& n : plan.networks)
+            probed << QStringLiteral("%1 on %2 (%3)")
+                          .arg(QString::fromStdString(networkText(n.network, n.prefix)),
+                               QString::fromStdString(n.interfaceName))
+                          .arg(n.hosts);
+        for (const std::string& note : plan.notes)
+            said << QString::fromStdString(note);
+        QCOMPARE(probed, networks);
+        QCOMPARE(int(plan.hosts.size()), hosts);
+        QVERIFY(std::is_sorted(plan.hosts.begin(), plan.hosts.end()));
+        QCOMPARE(plan.hosts.empty() ? QString() : QString::fromStdString(ipv4Text(plan.hosts[0])),
+                 first);
+        for (const InterfaceAddress& i : interfaces)
+            QVERIFY(!std::binary_search(plan.hosts.begin(), plan.hosts.end(), i.address));
+        QCOMPARE(said, notes);
+    }
+
+    // A LAN with three controllers among 250 absent hosts. With nothing configured at all
+    // the search finds exactly the three, each with the MAC of its own interface, within
+    // the connect time-out and a little; with a list it probes that list alone. The
+    // shipped ZEDA.conf is an example that names no host.
+    void searchOfASimulatedLan_data() {
+        QTest::addColumn<QString>("list"); // "user", "beside" or none
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QByteArray>("probing"); // standard output
+        QTest::addColumn<QList<int>>("found");   // controller numbers
+        QTest::addColumn<bool>("secondNetwork"); // the searcher is on 198.51.100.0/30 too
+        QTest::newRow("nothing configured")
+            << QString() << QByteArray() << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n")
+            << QList<int>{0, 1, 2} << false;
+        QFile example(ZEDA_CONF_EXAMPLE);
+        QVERIFY(example.open(QIODevice::ReadOnly));
+        QTest::newRow("the shipped example beside the program")
+            << "beside" << example.readAll()
+            << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n") << QList<int>{0, 1, 2}
+            << false;
+        QTest::newRow("the user's list")
+            << "user" << QByteArray("192.0.2.11-192.0.2.12\n192.0.2.99 # gone\n")
+            << QByteArray("probing the host list ~/.config/panomat-set/ZEDA.conf (3 hosts)\n")
+            << QList<int>{1, 2} << false;
+        QTest::newRow("two networks, summed up last")
+            << QString() << QByteArray()
+            << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n"
+                          "probing 198.51.100.0/30 on eth1 (1 host)\n"
+                          "probing 2 networks: 192.0.2.0/24 on eth0, 198.51.100.0/30 on eth1 "
+                          "(254 hosts)\n")
+            << QList<int>{0, 1, 2} << true;
+    }
+    void searchOfASimulatedLan() {
+        QFETCH(QString, list);
+        QFETCH(QByteArray, text);
+        QFETCH(QByteArray, probing);
+        QFETCH(QList<int>, found);
+        QFETCH(bool, secondNetwork);
+        SimulatedLan net;
+        if (!net.make(3)) {
+            if (!net.madeNamespaces)
+                QSKIP(qPrintable("network namespaces cannot be made here: " + net.error));
+            QFAIL(qPrintable(net.error));
+        }
+        if (secondNetwork)
+            for (const QStringList& step :
+                 {QStringList{"-n", net.searcher, "link", "add", "eth1", "type", "veth", "peer",
+                              "name", "eth1peer"},
+                  {"-n", net.searcher, "addr", "add", "198.51.100.1/30", "dev", "eth1"},
+                  {"-n", net.searcher, "link", "set", "eth1peer", "up"},
+                  {"-n", net.searcher, "link", "set", "eth1", "up"}})
+                QVERIFY2(ip(step, &net.error), qPrintable(net.error));
+        QProcess controllers;
+        controllers.setChildProcessModifier(SimulatedLan::enter(net.lan));
+        controllers.start(PANOMAT_SIM_EXE,
+                          {"-q", "--any-address", "--first", "192.0.2.10", "--devices", "3"});
+        const auto stopControllers = qScopeGuard([&] {
+            controllers.kill();
+            controllers.waitForFinished();
+        });
+        QVERIFY(QTest::qWaitFor(
+            [&] { return controllers.readAllStandardError().contains("controllers on"); }, 10000));
+
+        SearchFolder folder;
+        QVERIFY(folder.ready);
+        QVERIFY(QDir().mkpath(folder.dir.filePath("home/.config/panomat-set")));
+        if (!list.isEmpty()) {
+            QFile conf(folder.dir.filePath(list == "user" ? "home/.config/panomat-set/ZEDA.conf"
+                                                          : "ZEDA.conf"));
+            QVERIFY(conf.open(QIODevice::WriteOnly) && conf.write(text) == text.size());
+        }
+        QProcess p;
+        p.setProcessEnvironment(withoutUserLists(folder));
+        p.setChildProcessModifier(SimulatedLan::enter(net.searcher));
+        QElapsedTimer took;
+        took.start();
+        p.start(folder.exe, {});
+        QVERIFY(p.waitForFinished(20000));
+        const qint64 ms = took.elapsed();
+        const QByteArray said = p.readAllStandardError();
+        QVERIFY2(p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0, said.constData());
+        QCOMPARE(p.readAllStandardOutput(), probing);
+        QByteArray ips, macs;
+        for (int i : found) {
+            ips += QStringLiteral("192.000.002.%1").arg(10 + i, 3, 10, QChar('0')).toLatin1();
+            macs += SimulatedLan::mac(i).toUpper().replace(':', '-').toLatin1() + "\r\n";
+        }
+        for (auto [name, bytes] : {std::pair{"IP.txt", ips + "\r\n"}, {"MAC.txt", macs}}) {
+            QFile f(folder.dir.filePath(name));
+            QVERIFY(f.open(QIODevice::ReadOnly));
+            QCOMPARE(f.readAll(), bytes);
+        }
+        // The operator's wait: absent hosts are given up at the connect time-out.
+        qInfo("the search took %lld ms", ms);
+        QVERIFY2(ms <= 1500, qPrintable(QStringLiteral("%1 ms; %2").arg(ms).arg(said)));
+    }
+
     // ZEDA.conf (none if empty) and ZEDA_HOSTS (unset if empty) -> IP.txt and MAC.txt.
     void search_data() {
         for (const char* column : {"conf", "env", "ipFile", "macFile"})
@@ -111,7 +389,7 @@ private slots:
                          "02-00-7F-15-2A-03\r\n02-00-7F-15-2A-04\r\n"},
               {"blank environment: conf", "# lab\n127.21.42.3\nnot-a-host\n", " ",
                "127.021.042.003\r\n", "02-00-7F-15-2A-03\r\n"},
-              {"nothing configured: empty files", "", "", "", ""}})
+              {"only refused entries: nothing probed", "not-a-host\n", "", "", ""}})
             QTest::newRow(n) << QByteArray(c) << QByteArray(e) << QByteArray(i) << QByteArray(m);
     }
     void search() {
@@ -143,8 +421,11 @@ private slots:
         QFile confFile(folder.dir.filePath("ZEDA.conf"));
         QVERIFY(conf.isEmpty() || (confFile.open(QIODevice::WriteOnly) &&
                                    confFile.write(conf) == conf.size() && confFile.flush()));
-        env.isEmpty() ? qunsetenv("ZEDA_HOSTS") : qputenv("ZEDA_HOSTS", env);
+        QProcessEnvironment environment = withoutUserLists(folder);
+        if (!env.isEmpty())
+            environment.insert("ZEDA_HOSTS", QString::fromLatin1(env));
         QProcess p;
+        p.setProcessEnvironment(environment);
         p.setWorkingDirectory(QDir::tempPath()); // the program's own folder is what counts
         p.start(folder.exe, {});
         // The event loop turns meanwhile, so the controllers in this process answer.
@@ -160,24 +441,35 @@ private slots:
     // The search ends and reports whatever the network does. Without a route every
     // connect fails inside connectToHost(); the namespace has not even loopback up.
     // The host list must not take memory in proportion to what its text names.
+    // With no host list and no interface up but loopback, nothing is probed and the
+    // operator is told where hosts can be named.
     void searchEndsInEveryNetworkState_data() {
         QTest::addColumn<QByteArray>("hosts");
         QTest::addColumn<bool>("isolated");
         QTest::addColumn<int>("count");
-        QTest::newRow("no route to the hosts") << QByteArray("192.0.2.1-2") << true << 2;
-        QTest::newRow("no route to 16382 hosts") << QByteArray("198.18.0.0/18") << true << 16382;
+        QTest::addColumn<QByteArray>("message");
+        const QByteArray none;
+        QTest::newRow("no route to the hosts") << QByteArray("192.0.2.1-2") << true << 2 << none;
+        QTest::newRow("no route to 16382 hosts")
+            << QByteArray("198.18.0.0/18") << true << 16382 << none;
         QTest::newRow("one network 4000 times")
-            << QByteArray("127.21.64.0/18 ").repeated(4000) << false << 16382;
+            << QByteArray("127.21.64.0/18 ").repeated(4000) << false << 16382 << none;
+        QTest::newRow("no host list, no network")
+            << none << true << 0
+            << QByteArray("no network to search: no interface is up with an IPv4 address; name "
+                          "hosts in ZEDA_HOSTS or ~/.config/panomat-set/ZEDA.conf");
     }
     void searchEndsInEveryNetworkState() {
         QFETCH(QByteArray, hosts);
         QFETCH(bool, isolated);
         QFETCH(int, count);
+        QFETCH(QByteArray, message);
         SearchFolder folder;
         QVERIFY(folder.ready);
         QProcess p;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("ZEDA_HOSTS", QString::fromLatin1(hosts));
+        QProcessEnvironment env = withoutUserLists(folder);
+        if (!hosts.isEmpty())
+            env.insert("ZEDA_HOSTS", QString::fromLatin1(hosts));
         p.setProcessEnvironment(env);
         p.setChildProcessModifier([isolated] {
             // The search needs a fraction of this.
@@ -191,6 +483,8 @@ private slots:
         QVERIFY2(said.contains(
                      QStringLiteral("0 controllers found among %1 hosts").arg(count).toLatin1()),
                  said.constData());
+        QVERIFY2(said.contains(message), said.constData());
+        QCOMPARE(p.readAllStandardOutput().isEmpty(), hosts.isEmpty());
     }
 
     // A host list that is no list ends the search with a clear message and status 2,

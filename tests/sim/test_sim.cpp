@@ -199,6 +199,34 @@ private slots:
         QVERIFY(!Client(addr("127.20.5.2")).connected()); // controller 1 was stopped again
     }
 
+    // Outside loopback a virtual controller would answer a real network: only when
+    // asked for, and never on an address that is no host's.
+    void addressesRefused_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("not loopback") << QStringList{"--first", "192.0.2.10"}
+                                      << QByteArray("--first must be an IPv4 address in "
+                                                    "127.0.0.0/8, not '192.0.2.10' (--any-address");
+        QTest::newRow("0.0.0.1 with --any-address")
+            << QStringList{"--any-address", "--first", "0.0.0.1"}
+            << QByteArray("0.0.0.1 is no address to listen on");
+        QTest::newRow("into multicast")
+            << QStringList{"--any-address", "--first", "223.255.255.254", "-n", "3"}
+            << QByteArray("3 controllers from 223.255.255.254 do not fit");
+        QTest::newRow("not an address, --any-address or not")
+            << QStringList{"--any-address", "--first", "192.0.2"}
+            << QByteArray("--first must be an IPv4 address in 127.0.0.0/8, not '192.0.2'\n");
+    }
+    void addressesRefused() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, message);
+        QProcess p;
+        p.start(QStringLiteral(PANOMAT_SIM_EXE), arguments);
+        QVERIFY(p.waitForFinished(10000));
+        const QByteArray said = p.readAllStandardError();
+        QVERIFY2(p.exitCode() != 0 && said.contains(message), said.constData());
+    }
+
     void commandLine() {
         QProcess p;
         p.start(QStringLiteral(PANOMAT_SIM_EXE), {"--devices", "2", "--first", "127.20.6.2",

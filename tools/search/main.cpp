@@ -1,5 +1,6 @@
-// ZEDA.exe: finds the video-wall controllers among the hosts its configuration names
-// and writes MAC.txt and IP.txt for the configuration tool: beside itself, or where
+// ZEDA.exe: finds the video-wall controllers among the hosts its configuration names,
+// or on the networks of the machine's interfaces when none are named, and writes MAC.txt and IP.txt
+// for the configuration tool: beside itself, or where
 // --output-dir says (an installed tool cannot write its own folder).
 //
 // The program is plain C++ on POSIX sockets. It lives for one search, and the
@@ -8,6 +9,7 @@
 
 #include "zedafiles.h"
 #include "zedahosts.h"
+#include "zedanetworks.h"
 #include "zedaprobe.h"
 #include "zedaresults.h"
 
@@ -23,14 +25,18 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char Usage[] = "Usage: ZEDA.exe [options]\n"
-                         "Probes the configured hosts on TCP port 23 for video-wall controllers\n"
-                         "and writes MAC.txt and IP.txt beside the program.\n"
-                         "\n"
-                         "Options:\n"
-                         "  -h, --help              Displays help on commandline options.\n"
-                         "  -v, --version           Displays version information.\n"
-                         "  --output-dir <dir>      Write the result files into <dir> instead.\n";
+constexpr char Usage[] =
+    "Usage: ZEDA.exe [options]\n"
+    "Probes the configured hosts on TCP port 23 for video-wall controllers\n"
+    "and writes MAC.txt and IP.txt beside the program. With no host list\n"
+    "(ZEDA_HOSTS, ~/.config/panomat-set/ZEDA.conf, /etc/xdg/panomat-set/ZEDA.conf,\n"
+    "ZEDA.conf beside the program) it probes the networks of this machine's\n"
+    "interfaces: each whole up to a /22, else the /24 around the own address.\n"
+    "\n"
+    "Options:\n"
+    "  -h, --help              Displays help on commandline options.\n"
+    "  -v, --version           Displays version information.\n"
+    "  --output-dir <dir>      Write the result files into <dir> instead.\n";
 
 void say(const std::string& text) {
     std::fprintf(stderr, "ZEDA: %s\n", text.c_str());
@@ -70,32 +76,95 @@ std::optional<std::string> locateConfig(const std::string& name) {
     return std::nullopt;
 }
 
+// The host list as the operator knows it: their home folder as "~".
+std::string shownPath(const std::string& path) {
+    const char* home = std::getenv("HOME");
+    const std::string prefix = home && *home == '/' ? std::string(home) + '/' : std::string();
+    if (!prefix.empty() && prefix != "//" && path.rfind(prefix, 0) == 0)
+        return escaped("~/" + path.substr(prefix.size()), 256);
+    return escaped(path, 256);
+}
+
+// A list that names nothing at all (the shipped example, all comments) is no list: the
+// search then looks at the machine's own networks. One with entries that are all
+// refused is a list, and probes nothing.
+bool namesNothing(const HostList& list) {
+    return list.hosts.empty() && list.refused == 0 && list.errors.empty();
+}
+
+struct Configured {
+    HostList list;
+    std::string source; // as shown: "ZEDA_HOSTS" or the file; empty when none is configured
+};
+
 // The environment variable wins; then the user's panomat-set/ZEDA.conf in the XDG
-// configuration folder (~/.config), the system's (/etc/xdg), and last the list that
-// ships beside the program. A list that cannot be opened means none is configured;
-// one that is there but is no host list (a FIFO, a device, a folder, larger than the
-// cap) ends the search with exit status 2.
-std::optional<HostList> configuredHosts(const std::string& folder) {
+// configuration folder (~/.config), the system's (/etc/xdg), and last the list beside
+// the program. A list that cannot be opened, or names nothing, means none is
+// configured; one that is there but is no host list (a FIFO, a device, a folder,
+// larger than the cap) ends the search with exit status 2.
+std::optional<Configured> configuredHosts(const std::string& folder) {
     const char* fromEnv = std::getenv("ZEDA_HOSTS");
     if (fromEnv && std::string_view(fromEnv).find_first_not_of(" \t\r\n") != std::string::npos) {
         say("hosts from ZEDA_HOSTS");
-        return parseHostList(fromEnv);
+        return Configured{parseHostList(fromEnv), "ZEDA_HOSTS"};
     }
     const std::string path = locateConfig("panomat-set/ZEDA.conf").value_or(folder + "/ZEDA.conf");
     std::string text, why;
     switch (readRegularFile(path, MaxHostListBytes, &text, &why)) {
     case ReadResult::Missing:
-        say("no hosts to probe: " + path + " cannot be read (" + why +
-            ") and ZEDA_HOSTS is not set");
-        return HostList{};
+        say("no host list: ZEDA_HOSTS is not set and " + path + " cannot be read (" + why +
+            "); searching the networks of this machine");
+        return Configured{};
     case ReadResult::Refused:
         say("cannot read the host list " + path + ": " + why);
         return std::nullopt;
     case ReadResult::Ok:
         break;
     }
+    HostList list = parseHostList(text);
+    if (namesNothing(list)) {
+        say("the host list " + path + " names no host; searching the networks of this machine");
+        return Configured{};
+    }
     say("hosts from " + path);
-    return parseHostList(text);
+    return Configured{std::move(list), shownPath(path)};
+}
+
+// What is probed goes to standard output, a line each, as the probe starts: the
+// window shows the last line while the search runs. Flushed at once, as the output
+// is a pipe there.
+void announce(const std::string& line) {
+    std::fprintf(stdout, "%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+// The machine's own networks, or none with the reason on the error output.
+std::vector<uint32_t> machineNetworkHosts() {
+    const NetworkPlan plan = networksToSearch(machineInterfaces());
+    for (const std::string& note : plan.notes)
+        say(note);
+    if (plan.networks.empty()) {
+        say("no network to search: no interface is up with an IPv4 address; name hosts in "
+            "ZEDA_HOSTS or ~/.config/panomat-set/ZEDA.conf");
+        return {};
+    }
+    std::string all;
+    for (size_t i = 0; i < plan.networks.size(); ++i) {
+        const SearchedNetwork& n = plan.networks[i];
+        const std::string network =
+            networkText(n.network, n.prefix) + " on " + escaped(n.interfaceName, 32);
+        announce("probing " + network + " (" + plural(n.hosts, "host") + ")");
+        if (i < 3)
+            all += (i ? ", " : "") + network;
+    }
+    // The last line sums up the search when it spans several networks.
+    if (plan.networks.size() > 1)
+        announce("probing " + plural(plan.networks.size(), "network") + ": " + all +
+                 (plan.networks.size() > 3
+                      ? " and " + std::to_string(plan.networks.size() - 3) + " more"
+                      : std::string()) +
+                 " (" + plural(plan.hosts.size(), "host") + ")");
+    return plan.hosts;
 }
 
 std::string neighbourTableText() {
@@ -134,15 +203,20 @@ int main(int argc, char* argv[]) {
     const std::string results = outputDir.value_or(folder);
     const auto started = std::chrono::steady_clock::now();
 
-    const std::optional<HostList> configured = configuredHosts(folder);
+    const std::optional<Configured> configured = configuredHosts(folder);
     if (!configured)
         return 2;
-    const HostList& list = *configured;
+    HostList list = configured->list;
     for (const std::string& e : list.errors)
         say("ignored " + e);
     if (list.refused > size_t(HostList::MaxErrorTexts))
         say("ignored " + std::to_string(list.refused - HostList::MaxErrorTexts) +
             " more entries that are not hosts");
+    if (configured->source.empty())
+        list.hosts = machineNetworkHosts();
+    else
+        announce("probing the host list " + configured->source + " (" +
+                 plural(list.hosts.size(), "host") + ")");
     say("probing " + plural(list.hosts.size(), "host") + " on port 23");
 
     std::vector<ProbeFound> controllers;

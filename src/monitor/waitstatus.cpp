@@ -21,7 +21,16 @@ WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
                     QStringLiteral("no reply yet; \"Stop waiting\" (Esc) gives up and goes "
                                    "offline"));
             });
-    connect(&session.notice(), &WaitNotice::working, this, &WaitStatus::begin);
+    // A procedure that says what it does as it goes keeps its time.
+    connect(&session.notice(), &WaitNotice::working, this,
+            [this](const QString& text, const QString& wayOut) {
+                if (!show_.isActive() && !tick_.isActive())
+                    return begin(text, wayOut);
+                waitingFor_ = text;
+                wayOut_ = wayOut;
+                if (tick_.isActive())
+                    update();
+            });
     connect(&session.notice(), &WaitNotice::hint, label_, &QLabel::setText);
     connect(&session.notice(), &WaitNotice::ended, this, [this] {
         show_.stop();

@@ -14,6 +14,12 @@
 using search::IpFile;
 using search::MacFile;
 
+namespace {
+
+const QString WayOut = QStringLiteral("\"Stop waiting\" (Esc) cancels the search");
+
+} // namespace
+
 DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session) {
     QObject::connect(s_.ui().btn_sys_search, &QPushButton::clicked, s_.ui().btn_sys_search,
                      [this] { btn_sys_search_Click(); });
@@ -30,12 +36,16 @@ void DeviceDiscovery::btn_sys_search_Click() {
     s_.SetOffline();
     s_.ui().cbo_ipaddr->clear();
     const search::HostList hosts = search::hostListInForce();
+    // What the program says it probes, in the status bar.
+    run.setLineHandler([this](const QString& line) {
+        emit s_.notice().working(QStringLiteral("Search MAC: ") + line, WayOut);
+    });
     if (!run.start()) {
         s_.exclamation(run.message());
         return;
     }
     // The window stays live while the program runs, and waits for it without a limit;
-    // "Stop waiting" cancels it.
+    // "Stop waiting" cancels it: the program is stopped and nothing is read.
     running_ = true;
     const bool waited = waitFor(run, hosts);
     running_ = false;
@@ -72,9 +82,13 @@ void DeviceDiscovery::btn_sys_search_Click() {
     s_.setAddresses({});
     if (count == 0) {
         s_.exclamation(QStringLiteral("Not Find MAC !"));
-        emit s_.notice().hint(QStringLiteral("No controller answered on %1. File > Networks to "
-                                             "search... names the hosts to probe.")
-                                  .arg(search::sourceText(hosts)));
+        emit s_.notice().hint(
+            hosts.entries.isEmpty()
+                ? QStringLiteral("This computer is on no network to search. File > Networks to "
+                                 "search... names the hosts to probe.")
+                : QStringLiteral("No controller answered on %1. File > Networks to search... "
+                                 "names the hosts to probe.")
+                      .arg(search::sourceText(hosts)));
         return;
     }
     QStringList addresses;
@@ -92,8 +106,7 @@ void DeviceDiscovery::btn_sys_search_Click() {
 
 bool DeviceDiscovery::waitFor(search::Run& run, const search::HostList& hosts) {
     emit s_.notice().working(
-        QStringLiteral("Search MAC: probing %1").arg(search::sourceText(hosts)),
-        QStringLiteral("\"Stop waiting\" (Esc) cancels the search"));
+        QStringLiteral("Search MAC: probing %1").arg(search::sourceText(hosts)), WayOut);
     const bool waited =
         run.wait([this](const std::function<bool()>& ended) { return s_.pump().until(ended); });
     emit s_.notice().ended();

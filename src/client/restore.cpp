@@ -1,7 +1,5 @@
 #include "client/restore.h"
 
-#include <deque>
-
 using protocol::Setting;
 
 namespace client {

@@ -1,12 +1,12 @@
 // panomat-ctl as a whole program against virtual controllers in this process.
 
-#include "support/datalimit.h"
 #include "client/controllerclient.h"
+#include "support/datalimit.h"
 #include "virtualcontroller.h"
 
-#include <QElapsedTimer>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -367,8 +367,8 @@ void TestCtl::aCutRunIsReportedAsTheControllerHasIt() {
                       file("p.json")})
                      .exit,
                  0);
-        names = QStringList{"wall.position.a", "wall.position.b", "wall.position.c",
-                            "wall.position.d"};
+        names =
+            QStringList{"wall.position.a", "wall.position.b", "wall.position.c", "wall.position.d"};
         arguments = QStringList{"wall", "apply", file("p.json"), "--json"};
     }
     const sim::ControllerState sent = first.state();
@@ -377,7 +377,8 @@ void TestCtl::aCutRunIsReportedAsTheControllerHasIt() {
     faults.latencyMs = deadline.isEmpty() ? 0 : 150;
     first.setFaults(faults);
     if (!deadline.isEmpty())
-        arguments << "--deadline" << deadline << "--timeout" << "1000";
+        arguments << "--deadline" << deadline << "--timeout"
+                  << "1000";
     const Run run = ctl(arguments);
     QCOMPARE(run.exit, 1);
     const QJsonArray report = QJsonDocument::fromJson(run.out.toUtf8()).array();
@@ -391,10 +392,10 @@ void TestCtl::aCutRunIsReportedAsTheControllerHasIt() {
     const QString done = procedure == "restore" ? "equal" : "written";
     int held = 0;
     for (const QString& name : names) {
-        const bool holds = procedure == "restore"
-                               ? first.state().value(name) == before.value(name)
-                               : first.state().value(name) != sent.value(name);
-        QVERIFY2(holds == (outcome.value(name) == done), qPrintable(name + ": " + outcome.value(name)));
+        const bool holds = procedure == "restore" ? first.state().value(name) == before.value(name)
+                                                  : first.state().value(name) != sent.value(name);
+        QVERIFY2(holds == (outcome.value(name) == done),
+                 qPrintable(name + ": " + outcome.value(name)));
         held += holds;
     }
     if (deadline.isEmpty())
@@ -505,7 +506,8 @@ void TestCtl::timeOutsNeverFireEarly() {
         client.exchange("RBRI 1\r\n", "BRIR");
         client.begin();
         QTRY_VERIFY_WITH_TIMEOUT(waited >= 0, 5000);
-        QVERIFY2(waited >= timeoutMs, qPrintable(QStringLiteral("%1 ms for %2").arg(waited).arg(timeoutMs)));
+        QVERIFY2(waited >= timeoutMs,
+                 qPrintable(QStringLiteral("%1 ms for %2").arg(waited).arg(timeoutMs)));
     }
 }
 

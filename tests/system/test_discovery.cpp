@@ -95,9 +95,8 @@ private slots:
         QTest::newRow("is killed")
             << true << QByteArray("kill -KILL $$\n") << mac << ip << "ZEDA.exe ended abnormally !";
         // Whatever lies at a result file's name must be a result file to be read.
-        QTest::newRow("MAC.txt a FIFO")
-            << true << QByteArray("mkfifo MAC.txt\n") << none << ip
-            << "ZEDA.exe left no readable MAC.txt !";
+        QTest::newRow("MAC.txt a FIFO") << true << QByteArray("mkfifo MAC.txt\n") << none << ip
+                                        << "ZEDA.exe left no readable MAC.txt !";
         QTest::newRow("IP.txt beyond its cap")
             << true << QByteArray("head -c 5000000 /dev/zero >IP.txt\n") << mac << none
             << "ZEDA.exe left no readable IP.txt !";
@@ -192,10 +191,12 @@ private slots:
         Form1 form;
         auto* status = form.findChild<QLabel*>(QStringLiteral("wait_status"));
         QString shown;
-        driver::when(&form, [&] { return !status->text().isEmpty(); }, [&] {
-            shown = status->text();
-            form.StopWaiting();
-        });
+        driver::when(
+            &form, [&] { return !status->text().isEmpty(); },
+            [&] {
+                shown = status->text();
+                form.StopWaiting();
+            });
         search(form);
         qunsetenv("ZEDA_HOSTS");
         QTRY_COMPARE(boxes.texts(), QStringList{"The search was cancelled; nothing was read."});
@@ -220,41 +221,44 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&form));
         QStringList sources;
         QByteArray saved;
-        driver::when(&form, [] {
-            auto* dialog = qobject_cast<SearchNetworks*>(QApplication::activeModalWidget());
-            return dialog && dialog->isVisible();
-        },
-                     [&] {
-            auto* dialog = qobject_cast<SearchNetworks*>(QApplication::activeModalWidget());
-            const auto source = [dialog] {
-                return dialog->findChild<QLabel*>(QStringLiteral("search_source"))->text();
-            };
-            const auto press = [dialog](const char* name) {
-                QTest::mouseClick(dialog->findChild<QPushButton*>(QLatin1String(name)), Qt::LeftButton);
-            };
-            const auto type = [](const QStringList& lines) {
-                for (const QString& line : lines) {
-                    QTest::keyClicks(QApplication::focusWidget(), line);
-                    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-                }
-            };
-            auto* editor = dialog->findChild<QPlainTextEdit*>(QStringLiteral("search_list"));
-            sources << source();
-            driver::key(editor, Qt::Key_End);
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
-            type({"192.0.2.7 # the lab", "192.0.2.0/30"});
-            press("search_save");
-            sources << source();
-            QFile file(list);
-            if (file.open(QIODevice::ReadOnly))
-                saved = file.readAll();
-            driver::key(editor, Qt::Key_End);
-            type({"printer"});
-            press("search_save");
-            press("search_automatic");
-            sources << source();
-            dialog->reject();
-        });
+        driver::when(
+            &form,
+            [] {
+                auto* dialog = qobject_cast<SearchNetworks*>(QApplication::activeModalWidget());
+                return dialog && dialog->isVisible();
+            },
+            [&] {
+                auto* dialog = qobject_cast<SearchNetworks*>(QApplication::activeModalWidget());
+                const auto source = [dialog] {
+                    return dialog->findChild<QLabel*>(QStringLiteral("search_source"))->text();
+                };
+                const auto press = [dialog](const char* name) {
+                    QTest::mouseClick(dialog->findChild<QPushButton*>(QLatin1String(name)),
+                                      Qt::LeftButton);
+                };
+                const auto type = [](const QStringList& lines) {
+                    for (const QString& line : lines) {
+                        QTest::keyClicks(QApplication::focusWidget(), line);
+                        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+                    }
+                };
+                auto* editor = dialog->findChild<QPlainTextEdit*>(QStringLiteral("search_list"));
+                sources << source();
+                driver::key(editor, Qt::Key_End);
+                QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
+                type({"192.0.2.7 # the lab", "192.0.2.0/30"});
+                press("search_save");
+                sources << source();
+                QFile file(list);
+                if (file.open(QIODevice::ReadOnly))
+                    saved = file.readAll();
+                driver::key(editor, Qt::Key_End);
+                type({"printer"});
+                press("search_save");
+                press("search_automatic");
+                sources << source();
+                dialog->reject();
+            });
         QTest::keyClick(&form, Qt::Key_F, Qt::AltModifier);
         QVERIFY(QTest::qWaitFor([] { return QApplication::activePopupWidget() != nullptr; }));
         QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_N);
@@ -265,7 +269,8 @@ private slots:
                                             "of at most a /16; the list was not saved."});
         QVERIFY(!QFile::exists(list));
         QCOMPARE(sources.size(), 3);
-        QVERIFY2(sources[1].contains(QStringLiteral("your list %1").arg(list)), qPrintable(sources[1]));
+        QVERIFY2(sources[1].contains(QStringLiteral("your list %1").arg(list)),
+                 qPrintable(sources[1]));
         QVERIFY2(sources[2].contains(QStringLiteral("the networks of this computer (automatic)")),
                  qPrintable(sources[2]));
     }

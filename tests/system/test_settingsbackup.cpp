@@ -74,10 +74,13 @@ QStringList monitored(const TrafficLog& log, int index) {
 }
 
 void acceptPreview(Bench& bench) {
-    driver::when(&bench.form, [] { return openPreview() != nullptr; }, [] {
-        QTest::mouseClick(openPreview()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
-                          Qt::LeftButton);
-    });
+    driver::when(
+        &bench.form, [] { return openPreview() != nullptr; },
+        [] {
+            QTest::mouseClick(
+                openPreview()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                Qt::LeftButton);
+        });
 }
 
 RestorePreview* openPreview() {
@@ -113,13 +116,15 @@ void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
              qPrintable(bench.boxes.texts().last()));
 
     QString error;
-    const auto file = settingsfile::fromJson(*jsonfile::read(path, settingsfile::Format, &error), &error);
+    const auto file =
+        settingsfile::fromJson(*jsonfile::read(path, settingsfile::Format, &error), &error);
     QVERIFY2(file, qPrintable(error));
     QCOMPARE(file->size(), 4);
     for (int n = 1; n <= 4; ++n) {
         QCOMPARE((*file)[n - 1].address, bench.addresses()[n - 1]);
         QCOMPARE((*file)[n - 1].mac, bench.form.ui.cbo_ipaddr->itemText(n - 1));
-        QCOMPARE((*file)[n - 1].values.value("brightness.c"), bench.c(n)->state().value("brightness.c"));
+        QCOMPARE((*file)[n - 1].values.value("brightness.c"),
+                 bench.c(n)->state().value("brightness.c"));
         QCOMPARE((*file)[n - 1].values.value("model"), bench.c(n)->state().value("model"));
     }
 
@@ -134,28 +139,30 @@ void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
 
     QStringList previewed;
     bool lockedDuring = false;
-    driver::when(&bench.form, [] { return openPreview() != nullptr; }, [&] {
-        RestorePreview* preview = openPreview();
-        previewed = preview->lines();
-        lockedDuring = !bench.form.ui.sys_setting->isEnabled();
-        QTest::mouseClick(preview->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
-                          Qt::LeftButton);
-    });
+    driver::when(
+        &bench.form, [] { return openPreview() != nullptr; },
+        [&] {
+            RestorePreview* preview = openPreview();
+            previewed = preview->lines();
+            lockedDuring = !bench.form.ui.sys_setting->isEnabled();
+            QTest::mouseClick(preview->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                              Qt::LeftButton);
+        });
     bench.boxes.clear();
     QVERIFY(bench.form.backup().restore(path));
     QVERIFY(lockedDuring);
     // Only the real difference; the network setting is left alone unless ticked.
-    QCOMPARE(previewed, (QStringList{"127.68.20.1: nothing to change",
-                                     "127.68.20.2: brightness.c: 80 -> 50",
-                                     "127.68.20.3: nothing to change",
-                                     "127.68.20.4: nothing to change"}));
+    QCOMPARE(previewed,
+             (QStringList{"127.68.20.1: nothing to change", "127.68.20.2: brightness.c: 80 -> 50",
+                          "127.68.20.3: nothing to change", "127.68.20.4: nothing to change"}));
     QCOMPARE(bench.c(2)->state().value("brightness.c"), before.value("brightness.c"));
     QCOMPARE(bench.c(2)->state().value("network.mode"), changed.value("network.mode"));
     const QStringList texts = bench.boxes.texts();
     QCOMPARE(texts.first(), QStringLiteral("Refresh completed !"));
     QVERIFY2(texts.last().contains(QStringLiteral("\n  brightness.c = 50: read back equal")),
              qPrintable(texts.last()));
-    QVERIFY(texts.last().startsWith(QStringLiteral("Restored the settings of 4 of 4 controllers.")));
+    QVERIFY(
+        texts.last().startsWith(QStringLiteral("Restored the settings of 4 of 4 controllers.")));
     for (int n : {1, 3, 4})
         for (const QByteArray& line : bench.c(n)->received())
             QVERIFY2(line.startsWith('R'), line.constData()); // read, never written
@@ -172,19 +179,22 @@ void TestSettingsBackup::networkIsRestoredOnlyWhenTicked() {
     bench.c(2)->setState(changed);
 
     QStringList before, after;
-    driver::when(&bench.form, [] { return openPreview() != nullptr; }, [&] {
-        RestorePreview* preview = openPreview();
-        before = preview->lines();
-        auto* network = preview->findChild<QCheckBox*>(QStringLiteral("restore_network"));
-        QTest::mouseClick(network, Qt::LeftButton, {}, QPoint(8, network->height() / 2));
-        after = preview->lines();
-        QTest::mouseClick(preview->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
-                          Qt::LeftButton);
-    });
+    driver::when(
+        &bench.form, [] { return openPreview() != nullptr; },
+        [&] {
+            RestorePreview* preview = openPreview();
+            before = preview->lines();
+            auto* network = preview->findChild<QCheckBox*>(QStringLiteral("restore_network"));
+            QTest::mouseClick(network, Qt::LeftButton, {}, QPoint(8, network->height() / 2));
+            after = preview->lines();
+            QTest::mouseClick(preview->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                              Qt::LeftButton);
+        });
     bench.boxes.clear();
     QVERIFY(bench.form.backup().restore(path));
     QCOMPARE(before[1], QStringLiteral("127.68.22.2: nothing to change"));
-    QCOMPARE(after[1], QStringLiteral("127.68.22.2: network.mode: %1 -> %2").arg(1 - mode).arg(mode));
+    QCOMPARE(after[1],
+             QStringLiteral("127.68.22.2: network.mode: %1 -> %2").arg(1 - mode).arg(mode));
     QCOMPARE(bench.c(2)->state().value("network.mode"), mode);
     QVERIFY(linesOf(bench.c(2)).endsWith(QStringLiteral("SREL")));
     // The controller restarts its network: the window goes offline, as after Set IP.
@@ -213,7 +223,8 @@ void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
     QVERIFY(!bench.form.backup().restore(path));
     QCOMPARE(bench.boxes.texts(),
              QStringList{"The file names controllers that are not listed; they are left alone:\n"
-                         "127.68.21.9 (" + bench.form.ui.cbo_ipaddr->itemText(0) + ")"});
+                         "127.68.21.9 (" +
+                         bench.form.ui.cbo_ipaddr->itemText(0) + ")"});
     for (sim::VirtualController* c : bench.sim.controllers())
         QVERIFY(c->received().isEmpty());
 
@@ -229,7 +240,8 @@ void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
         bench.boxes.clear();
         QVERIFY(!bench.form.backup().restore(path));
         QCOMPARE(bench.boxes.texts().size(), 1);
-        QVERIFY2(bench.boxes.texts().first().startsWith(QStringLiteral("The settings file cannot be read:")) &&
+        QVERIFY2(bench.boxes.texts().first().startsWith(
+                     QStringLiteral("The settings file cannot be read:")) &&
                      bench.boxes.texts().first().contains(fault),
                  qPrintable(bench.boxes.texts().first()));
     }
@@ -278,8 +290,12 @@ void TestSettingsBackup::manySettingsReachControllersPagesAndMonitor() {
         QCOMPARE(monitored(log, n - 1), linesOf(bench.c(n)));
     for (int r = 0; r < log.rowCount(); ++r)
         if (log.index(r, TrafficLog::Direction).data().toString() == QLatin1String("received"))
-            QVERIFY2(log.index(r, TrafficLog::ReplyTime).data().toString().section(u' ', 0, 0)
-                             .remove(u',').toDouble() < 1000,
+            QVERIFY2(log.index(r, TrafficLog::ReplyTime)
+                             .data()
+                             .toString()
+                             .section(u' ', 0, 0)
+                             .remove(u',')
+                             .toDouble() < 1000,
                      "a reply timed from some other line than its own request");
 }
 
@@ -332,20 +348,27 @@ void TestSettingsBackup::stopWaitingLeavesTheReport() {
     const QString path = dir.filePath(QStringLiteral("settings.json"));
     QVERIFY(bench.form.backup().save(path, true));
     change(bench.c(2), manySettings());
-    driver::when(&bench.form, [] { return openPreview() != nullptr; }, [&] {
-        sim::Faults silent;
-        for (const protocol::Command& c : protocol::commands())
-            if (c.effect == protocol::Effect::Read)
-                silent.silent << QByteArray(c.keyword);
-        bench.c(2)->setFaults(silent);
-        bench.c(2)->clearReceived();
-        QTest::mouseClick(openPreview()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
-                          Qt::LeftButton);
-    });
-    driver::when(&bench.form, [&] {
-        const QStringList lines = linesOf(bench.c(2));
-        return !lines.isEmpty() && lines.first().startsWith(u'S') && lines.last().startsWith(u'R');
-    }, [&] { bench.form.StopWaiting(); });
+    driver::when(
+        &bench.form, [] { return openPreview() != nullptr; },
+        [&] {
+            sim::Faults silent;
+            for (const protocol::Command& c : protocol::commands())
+                if (c.effect == protocol::Effect::Read)
+                    silent.silent << QByteArray(c.keyword);
+            bench.c(2)->setFaults(silent);
+            bench.c(2)->clearReceived();
+            QTest::mouseClick(
+                openPreview()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                Qt::LeftButton);
+        });
+    driver::when(
+        &bench.form,
+        [&] {
+            const QStringList lines = linesOf(bench.c(2));
+            return !lines.isEmpty() && lines.first().startsWith(u'S') &&
+                   lines.last().startsWith(u'R');
+        },
+        [&] { bench.form.StopWaiting(); });
     bench.boxes.clear();
     QVERIFY(!bench.form.backup().restore(path));
     QTRY_COMPARE(bench.boxes.reports().size(), 1);

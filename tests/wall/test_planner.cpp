@@ -159,7 +159,8 @@ void TestPlanner::dragAndListsPlaceOutputsAndMarkTiles() {
     QCOMPARE(placed.output, 2);
     QCOMPARE(placed.tile, 7);
     auto* coverage = planner->findChild<QLabel*>(QStringLiteral("planner_coverage"));
-    QCOMPARE(coverage->text(), QStringLiteral("No output shows tile 1, 2, 3, 4, 5, 6, 8, 9, 10, 11, 12."));
+    QCOMPARE(coverage->text(),
+             QStringLiteral("No output shows tile 1, 2, 3, 4, 5, 6, 8, 9, 10, 11, 12."));
 
     // With the keyboard: tile 7 again from the lists, for controller 3's Out D.
     auto* tiles = planner->findChild<QComboBox*>(QStringLiteral("planner_tile"));
@@ -225,18 +226,24 @@ void TestPlanner::badPlansAndStatesAreRefused() {
     const QByteArray head = R"({"format": "panomat-wall-plan/1", )";
     const QString files[] = {
         write("broken.json", head + "\n  \"rows\": 2,,\n}"),
-        write("version.json", R"({"format": "panomat-wall-plan/9", "rows": 1, "cols": 1, "assignments": []})"),
+        write("version.json",
+              R"({"format": "panomat-wall-plan/9", "rows": 1, "cols": 1, "assignments": []})"),
         write("large.json", head + R"("rows": 16, "cols": 15, "assignments": []})"),
-        write("stranger.json", head + R"("rows": 1, "cols": 2, "assignments": [)"
-                                      R"({"mac": "02-00-00-00-00-99", "address": "127.68.4.9", "output": "A", "tile": 1}]})"),
+        write(
+            "stranger.json",
+            head +
+                R"("rows": 1, "cols": 2, "assignments": [)"
+                R"({"mac": "02-00-00-00-00-99", "address": "127.68.4.9", "output": "A", "tile": 1}]})"),
     };
     const QString expected[] = {QStringLiteral("line 2"), QStringLiteral("panomat-wall-plan/9"),
-                                QStringLiteral("1..15"), QStringLiteral("127.68.4.9 (02-00-00-00-00-99)")};
+                                QStringLiteral("1..15"),
+                                QStringLiteral("127.68.4.9 (02-00-00-00-00-99)")};
     for (int i = 0; i < 4; ++i) {
         bench.boxes.clear();
         QVERIFY(!planner->open(files[i]));
         QCOMPARE(bench.boxes.texts().size(), 1);
-        QVERIFY2(bench.boxes.texts().first().contains(expected[i]), qPrintable(bench.boxes.texts().first()));
+        QVERIFY2(bench.boxes.texts().first().contains(expected[i]),
+                 qPrintable(bench.boxes.texts().first()));
         QCOMPARE(planner->plan(), kept);
     }
 
@@ -248,11 +255,13 @@ void TestPlanner::badPlansAndStatesAreRefused() {
         c->clearReceived();
     bench.boxes.clear();
     QStringList shownWhileWaiting;
-    driver::when(&bench.form, [&] { return bench.form.session().pump().waiting(); }, [&] {
-        Planner::press(planner, "planner_apply");
-        shownWhileWaiting = bench.boxes.texts();
-        bench.form.StopWaiting();
-    });
+    driver::when(
+        &bench.form, [&] { return bench.form.session().pump().waiting(); },
+        [&] {
+            Planner::press(planner, "planner_apply");
+            shownWhileWaiting = bench.boxes.texts();
+            bench.form.StopWaiting();
+        });
     driver::click(bench.form.ui.btn_sys_refresh);
     QTRY_VERIFY(!bench.form.session().cancelled()); // the stopped refresh has unwound
     QCOMPARE(shownWhileWaiting, QStringList{"The window waits for a controller's reply: apply the "

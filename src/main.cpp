@@ -2,6 +2,20 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <cstdio>
+
+namespace {
+
+// Without a display Qt gives up with an abort; the operator deserves a sentence.
+bool displayNamed(const QStringList& arguments) {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        if (!qEnvironmentVariableIsEmpty(variable))
+            return true;
+    return arguments.contains(QLatin1String("-platform")) ||
+           arguments.contains(QLatin1String("-display"));
+}
+
+} // namespace
 
 int main(int argc, char* argv[]) {
     QApplication::setApplicationName(QStringLiteral("Panomat Set"));
@@ -24,6 +38,12 @@ int main(int argc, char* argv[]) {
         parser.process(app); // prints and exits
     }
 
+    if (!displayNamed(arguments)) {
+        std::fprintf(stderr, "panomat-set: there is no display to open the window on (DISPLAY "
+                             "and WAYLAND_DISPLAY are not set). Start it in a desktop session, "
+                             "or name a display or platform (-display, -platform).\n");
+        return 1;
+    }
     QApplication app(argc, argv);
     parser.process(app);
     Form1 window;

@@ -20,14 +20,16 @@ TrafficLog::TrafficLog(DeviceLink& link, std::function<QString(int)> name, QObje
 }
 
 void TrafficLog::record(int index, bool sent, const QByteArray& bytes) {
-    if (paused_)
-        return;
     const qint64 now = clock_.nsecsElapsed();
     qint64 replyUs = -1;
     if (sent)
-        lastSentNs_[index] = now;
+        lastSentNs_[index] = now; // also while paused: a reply after is timed from its line
     else if (lastSentNs_.contains(index))
         replyUs = (now - lastSentNs_.value(index)) / 1000;
+    if (paused_) {
+        emit skippedChanged(++skipped_);
+        return;
+    }
     pending_.push_back({QDateTime::currentMSecsSinceEpoch(), index, sent, bytes.left(MaxRowBytes),
                         bytes.size(), replyUs});
     if (pending_.size() > MaxRows) {
@@ -63,8 +65,10 @@ void TrafficLog::clear() {
     rows_.clear();
     pending_.clear();
     dropped_ = 0;
+    skipped_ = 0;
     endResetModel();
     emit droppedChanged(0);
+    emit skippedChanged(0);
 }
 
 int TrafficLog::rowCount(const QModelIndex& parent) const {

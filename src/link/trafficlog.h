@@ -34,6 +34,7 @@ public:
     bool paused() const { return paused_; }
     void clear();
     qint64 dropped() const { return dropped_; }
+    qint64 skipped() const { return skipped_; } // lines and chunks not kept while paused
     // Rows waiting for the next batch go to the views now.
     void flush();
 
@@ -44,6 +45,7 @@ public:
 
 signals:
     void droppedChanged(qint64 dropped);
+    void skippedChanged(qint64 skipped);
 
 private:
     struct Row {
@@ -65,6 +67,7 @@ private:
     QElapsedTimer clock_;
     QHash<int, qint64> lastSentNs_;
     qint64 dropped_ = 0;
+    qint64 skipped_ = 0;
     bool paused_ = false;
 };
 

@@ -39,6 +39,15 @@ private:
     int controller_ = -1;
 };
 
+void TrafficMonitor::showCounts() {
+    QStringList counts;
+    if (log_->dropped())
+        counts << QStringLiteral("%1 older rows dropped").arg(log_->dropped());
+    if (log_->skipped())
+        counts << QStringLiteral("%1 rows not kept while paused").arg(log_->skipped());
+    dropped_->setText(counts.join(QLatin1String("; ")));
+}
+
 TrafficMonitor::TrafficMonitor(Session& session, TrafficLog& log, QWidget* parent)
     : QDockWidget(QStringLiteral("Traffic monitor"), parent), s_(session), log_(&log) {
     setObjectName(QStringLiteral("traffic_monitor"));
@@ -57,10 +66,13 @@ TrafficMonitor::TrafficMonitor(Session& session, TrafficLog& log, QWidget* paren
         if (following_)
             view_->scrollToBottom();
     });
-    connect(log_, &TrafficLog::droppedChanged, this, [this](qint64 dropped) {
-        dropped_->setText(dropped ? QStringLiteral("%1 older rows dropped").arg(dropped)
-                                  : QString());
+    // Built when first shown, it opens at the newest rows.
+    connect(this, &QDockWidget::visibilityChanged, this, [this](bool visible) {
+        if (visible && following_)
+            view_->scrollToBottom();
     });
+    connect(log_, &TrafficLog::droppedChanged, this, &TrafficMonitor::showCounts);
+    connect(log_, &TrafficLog::skippedChanged, this, &TrafficMonitor::showCounts);
     QAbstractItemModel* devices = s_.ui().cbo_ipaddr->model();
     connect(devices, &QAbstractItemModel::rowsInserted, this,
             &TrafficMonitor::fillControllerFilter);
@@ -115,6 +127,7 @@ QWidget* TrafficMonitor::buildControls() {
     view_->setWordWrap(false);
     column->addWidget(view_, 1);
     dropped_ = new QLabel;
+    dropped_->setObjectName(QStringLiteral("monitor_dropped"));
     column->addWidget(dropped_);
 
     connect(controllers_, &QComboBox::currentIndexChanged, this,

@@ -27,6 +27,7 @@ public:
     bool saveTo(const QString& path);
 
 private:
+    void showCounts();
     QWidget* buildControls();
     void fillControllerFilter();
     void save();

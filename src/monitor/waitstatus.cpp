@@ -33,6 +33,7 @@ WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
             });
     connect(&session.notice(), &WaitNotice::hint, label_, &QLabel::setText);
     connect(&session.notice(), &WaitNotice::ended, this, [this] {
+        waitingFor_.clear();
         show_.stop();
         tick_.stop();
         if (!label_->text().isEmpty())

@@ -21,6 +21,9 @@ public:
 
     WaitStatus(Session& session, QLabel* label);
 
+    // What the running wait waits for, shown yet or not; empty when none runs.
+    QString current() const { return waitingFor_; }
+
 private:
     void begin(const QString& text, const QString& wayOut);
     void update();

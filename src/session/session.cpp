@@ -135,14 +135,12 @@ client::Runner Session::ownRunner(const QList<client::Target>& targets, int time
 // While stopped waits unwind nothing is shown; what the operator must still learn is
 // shown once they have, unless the window is closing.
 void Session::afterUnwinding(const std::function<void()>& show) {
-    if (!cancelled()) {
-        show();
+    if (pump_.closing())
         return;
-    }
-    QTimer::singleShot(0, window_, [this, show] {
-        if (!pump_.closing())
-            show();
-    });
+    if (!cancelled())
+        show();
+    else // events may still be handled on the way out: look again after them
+        QTimer::singleShot(0, window_, [this, show] { afterUnwinding(show); });
 }
 
 void Session::showReport(const QString& head, const client::Report& report) {

@@ -130,6 +130,8 @@ public:
     void showReport(const QString& head, const client::Report& report);
     // A message box now, or, when "Stop waiting" is unwinding the waits, once they have.
     void messageAfterStop(QMessageBox::Icon icon, const QString& text);
+    // Runs show now, or once stopped waits have unwound; never while closing.
+    void afterUnwinding(const std::function<void()>& show);
 
     // Modal message boxes with the application's name as title. Nothing is shown once
     // cancelled.
@@ -151,7 +153,6 @@ public:
     void UnlockPanels();
 
 private:
-    void afterUnwinding(const std::function<void()>& show);
     void setPageFramesEnabled(bool enabled);
     void setSystemButtonsEnabled(bool enabled);
 

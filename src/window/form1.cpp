@@ -52,6 +52,7 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent) {
     auto* area = new QScrollArea(this);
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus); // a Tab stop that shows nothing
     auto* content = new QWidget;
     buildControls(content, ui);
     area->setWidget(content);
@@ -75,6 +76,7 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent) {
 
     buildStopWaiting();
     buildMenus();
+    buildShortcuts();
     buildMonitor();
     Form_Load();
     ShowPage(0);
@@ -179,10 +181,17 @@ void Form1::StopWaiting() {
     Session& s = *session_;
     if (!s.pump().waiting())
         return;
+    const QString abandoned = waitStatus_->current();
     s.pump().stop();
     ui.ProgressBar1->setVisible(false);
     s.UnlockPanels();
     s.SetOffline();
+    // Said once the stopped waits have unwound, which clear the status bar as they go.
+    s.afterUnwinding([&s, abandoned] {
+        emit s.notice().hint((abandoned.isEmpty() ? QStringLiteral("Stopped waiting")
+                                                  : QStringLiteral("Stopped: %1").arg(abandoned)) +
+                             QStringLiteral(". The window is offline; Connect to go on."));
+    });
 }
 
 Form1::~Form1() = default;
@@ -220,8 +229,24 @@ void Form1::buildMenus() {
         SearchNetworks networks(*session_, this);
         networks.exec();
     });
+    file->addSeparator();
+    // Added to the window too, so that its key works wherever the menu bar is drawn.
+    addAction(file->addAction(QStringLiteral("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), this,
+                              &QWidget::close));
     QMenu* wall = menuBar()->addMenu(QStringLiteral("&Wall"));
     wall->addAction(QStringLiteral("Wall &planner..."), this, [this] { planner().present(); });
+}
+
+// Keys beside the documented ones: F5 presses "Refresh", Ctrl+1 to Ctrl+6 the page
+// selectors, each only where the button itself could be pressed.
+void Form1::buildShortcuts() {
+    connect(new QShortcut(QKeySequence(Qt::Key_F5), this), &QShortcut::activated,
+            ui.btn_sys_refresh, &QAbstractButton::click);
+    QRadioButton* const pages[] = {ui.opt_tv1,   ui.opt_tv2, ui.opt_io,
+                                   ui.opt_image, ui.opt_tv3, ui.opt_tv4};
+    for (int page = 0; page < 6; ++page)
+        connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + page)), this),
+                &QShortcut::activated, pages[page], &QAbstractButton::click);
 }
 
 // Every chunk meets the handlers in this order; each acts only on its own key and step.

@@ -72,6 +72,7 @@ private:
     void connectPageSelectors();
     void addReplyHandlers();
     void buildMenus();
+    void buildShortcuts();
     bool waitForSelected();
 
     std::unique_ptr<Session> session_;

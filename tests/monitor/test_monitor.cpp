@@ -2,14 +2,15 @@
 // the status bar, against virtual controllers.
 
 #include "commandhandler.h"
-#include "protocol/command.h"
 #include "link/trafficlog.h"
 #include "monitor/trafficmonitor.h"
+#include "protocol/command.h"
 #include "support/bench.h"
 
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableView>
 #include <QTemporaryDir>
 
@@ -82,6 +83,22 @@ void TestMonitor::filtersBoundsAndSaves() {
     TrafficMonitor& monitor = bench_->form.monitor();
     auto* rows = monitor.findChild<QTableView*>("monitor_rows")->model();
     Session& s = bench_->form.session();
+    {
+        // Opened when the rows are there already, it shows the newest.
+        TrafficMonitor late(s, monitor.log());
+        late.show();
+        const QScrollBar* bar = late.findChild<QTableView*>("monitor_rows")->verticalScrollBar();
+        QTRY_VERIFY(bar->maximum() > 0);
+        QTRY_COMPARE(bar->value(), bar->maximum());
+    }
+
+    // Paused, lines are not kept, and counted.
+    QTest::mouseClick(monitor.findChild<QPushButton*>("monitor_pause"), Qt::LeftButton);
+    for (int i = 0; i < 5; ++i)
+        s.link().write(0, "NOP\r\n");
+    QCOMPARE(monitor.log().skipped(), 5);
+    QCOMPARE(monitor.findChild<QLabel*>("monitor_dropped")->text(), "5 rows not kept while paused");
+    QTest::mouseClick(monitor.findChild<QPushButton*>("monitor_pause"), Qt::LeftButton);
     s.link().write(1, "RVER\r\n"); // the other controller
     QTRY_COMPARE(bench_->sim.controller(2)->received().size(), 1);
     QTRY_VERIFY(monitor.log().rowCount() > 0 && rows->rowCount() == monitor.log().rowCount());

@@ -1,5 +1,6 @@
 #include "support/bench.h"
 
+#include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <cmath>
@@ -358,6 +359,13 @@ private slots:
         QTest::qWait(50);
         QCOMPARE(int(bench.device().received().size()), sent);
         QCOMPARE(bench.boxes.texts(), QStringList());
+        // The status bar says what was given up.
+        const QString said = find<QLabel>(form, QStringLiteral("wait_status"))->text();
+        QVERIFY2(said.startsWith(QStringLiteral("Stopped: ")) &&
+                     said.contains(QStringLiteral("waiting for %1 from 127.10.9.1")
+                                       .arg(secondRead ? "CBVR" : "BEZE")) &&
+                     said.endsWith(QStringLiteral("The window is offline; Connect to go on.")),
+                 qPrintable(said));
         QVERIFY(!stop->isEnabled() && !bench.ui.ProgressBar1->isVisible());
         QCOMPARE(enabled(form), QStringList{"con_interface"});
         QVERIFY(bench.ui.sys_setting->isEnabled() && bench.ui.btn_sys_search->isEnabled());
@@ -367,6 +375,41 @@ private slots:
         QCOMPARE(bench.boxes.texts(), QStringList{"Refresh completed !"});
         QVERIFY(bench.ui.frame_control[1]->isEnabled() &&
                 bench.ui.btn_panomat_refresh->isEnabled());
+    }
+
+    // Keys beside the documented ones, through the window as a person's keys arrive: F5
+    // refreshes, Ctrl+3 shows the third page, each only where its button could be
+    // pressed; Ctrl+Q quits. Without a display the program says so.
+    void keysBesideTheDocumentedOnes() {
+        QProcess headless;
+        QProcessEnvironment bare = QProcessEnvironment::systemEnvironment();
+        for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            bare.remove(QString::fromLatin1(variable));
+        headless.setProcessEnvironment(bare);
+        headless.start(QStringLiteral(PANOMAT_SET_EXE), {});
+        QVERIFY(headless.waitForFinished(10000));
+        QCOMPARE(headless.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(headless.exitCode(), 1);
+        QVERIFY(headless.readAllStandardError().contains("there is no display"));
+
+        Bench bench("127.10.12.1", 1);
+        Form1& form = bench.form;
+        form.show();
+        const auto press = [&form](QKeyCombination key) {
+            form.activateWindow();
+            QVERIFY(QTest::qWaitFor([&] { return QApplication::activeWindow() == &form; }));
+            QTest::keyClick(form.windowHandle(), key.key(), key.keyboardModifiers());
+        };
+        press(Qt::Key_F5); // offline: Refresh cannot be pressed
+        QVERIFY(bench.device().received().isEmpty() && bench.boxes.texts().isEmpty());
+        bench.connect();
+        press(Qt::CTRL | Qt::Key_3);
+        QVERIFY(bench.ui.frame_control[2]->isVisible() && !bench.ui.frame_control[0]->isVisible());
+        press(Qt::Key_F5);
+        QTRY_COMPARE(bench.boxes.texts(), QStringList{"Refresh completed !"});
+        QCOMPARE(bench.lines().first(), QStringLiteral("RPOW"));
+        press(Qt::CTRL | Qt::Key_Q);
+        QTRY_VERIFY(!form.isVisible());
     }
 
     // A listed controller that is not selected is never read; whatever it sends must not pile up in

@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QPalette>
 #include <QScrollBar>
 
 namespace events {
@@ -56,6 +57,28 @@ protected:
     }
 };
 
+// A focused bar takes every arrow key as a command, yet styles draw it as they draw an
+// unfocused one: the focused bar is drawn in the highlight's colours.
+class FocusMark : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        auto* widget = static_cast<QWidget*>(watched);
+        if (event->type() == QEvent::FocusIn) {
+            QPalette marked = widget->palette();
+            const QColor highlight = marked.color(QPalette::Active, QPalette::Highlight);
+            marked.setColor(QPalette::Active, QPalette::Button, highlight.lighter(160));
+            marked.setColor(QPalette::Active, QPalette::Window, highlight.lighter(175));
+            widget->setPalette(marked);
+        } else if (event->type() == QEvent::FocusOut) {
+            widget->setPalette(QPalette());
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
 void installRules(QWidget* widget) {
     widget->setFocusPolicy(Qt::StrongFocus); // the wheel alone gives no focus
     widget->installEventFilter(new InputRules(widget));
@@ -74,6 +97,7 @@ void followListRules(QComboBox* box) {
 
 void followBarRules(QScrollBar* bar) {
     installRules(bar);
+    bar->installEventFilter(new FocusMark(bar));
     bar->setInvertedControls(false);
 }
 

@@ -257,7 +257,11 @@ private slots:
         } else if (action == 1) {
             driver::clickAt(bar, QPoint(bar->width() - 4, bar->height() / 2));
         } else if (action >= 3) {
+            const QImage unfocused = bar->grab().toImage();
             driver::key(bar, action == 3 ? Qt::Key_Right : Qt::Key_Home);
+            wall.setQuietly(index, fromBelow ? position - 1 : (position + 1) % 511);
+            QVERIFY2(bar->grab().toImage() != unfocused, "the focused bar looks unfocused");
+            wall.setQuietly(index, position);
         } else { // a drag shows where the thumb is and sends only where it is let
                  // go
             bar->setSliderDown(true);

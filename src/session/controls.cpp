@@ -4,6 +4,7 @@
 #include <QColor>
 #include <QPalette>
 #include <QWidget>
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -18,6 +19,30 @@ double luminance(const QColor& colour) {
 }
 
 } // namespace
+
+void legibleDisabledText() {
+    QPalette palette = QApplication::palette();
+    double lightest = 1, darkest = 0;
+    for (QPalette::ColorRole role : {QPalette::Window, QPalette::Base, QPalette::Button}) {
+        const double l = luminance(palette.color(QPalette::Disabled, role));
+        lightest = std::min(lightest, l);
+        darkest = std::max(darkest, l);
+    }
+    // The grey nearest the backgrounds that still reads at 4.5:1: from white down on
+    // light backgrounds, from black up on dark ones.
+    const bool light = lightest > 0.179;
+    const int step = light ? -1 : 1;
+    int grey = light ? 255 : 0;
+    const auto reads = [&](int g) {
+        const double l = luminance(QColor(g, g, g));
+        return light ? (lightest + 0.05) / (l + 0.05) >= 4.5 : (l + 0.05) / (darkest + 0.05) >= 4.5;
+    };
+    while (!reads(grey) && grey != (light ? 0 : 255))
+        grey += step;
+    for (QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, QColor(grey, grey, grey));
+    QApplication::setPalette(palette);
+}
 
 void setBackColour(QWidget* button, const QColor& colour) {
     QPalette palette = QApplication::palette(button);

@@ -105,6 +105,9 @@ struct Controls {
 class QColor;
 class QWidget;
 
+// Disabled text greyed so that it still reads (4.5:1) on every disabled background;
+// the style's own grey reads at 1.6:1 and hides the values shown while offline.
+void legibleDisabledText();
 // A button's back colour (its palette's Button colour), text kept readable on it.
 void setBackColour(QWidget* button, const QColor& colour);
 void clearBackColour(QWidget* button);

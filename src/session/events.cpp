@@ -3,8 +3,8 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QRadioButton>
 #include <QPalette>
+#include <QRadioButton>
 #include <QScrollBar>
 
 namespace events {

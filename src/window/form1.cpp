@@ -47,6 +47,7 @@
 #include <QStatusBar>
 
 Form1::Form1(QWidget* parent) : QMainWindow(parent) {
+    legibleDisabledText();
     // On a screen smaller than the window (a laptop at double scale) the content
     // scrolls, so that every control can still be reached.
     auto* area = new QScrollArea(this);

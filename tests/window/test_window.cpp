@@ -301,6 +301,16 @@ private slots:
                     contrast(colour(button, group, QPalette::ButtonText), colour(button, group));
                 QVERIFY2(ratio >= 4.5, qPrintable(button->objectName()));
             }
+        // Values shown while offline read on their backgrounds.
+        for (QWidget* control : std::initializer_list<QWidget*>{form.ui.txt_ip, form.ui.cbo_model,
+                                                                form.ui.btn_con, form.ui.TextInfo})
+            for (QPalette::ColorRole text :
+                 {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+                for (QPalette::ColorRole back :
+                     {QPalette::Base, QPalette::Window, QPalette::Button})
+                    QVERIFY2(contrast(colour(control, QPalette::Disabled, text),
+                                      colour(control, QPalette::Disabled, back)) >= 4.5,
+                             qPrintable(control->objectName()));
         const QPoint before = form.ui.btn_sys_search->mapTo(&form, QPoint(0, 0));
         form.ui.ProgressBar1->setVisible(true);
         QTest::qWait(20);

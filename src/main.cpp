@@ -2,6 +2,9 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
+#include <QLockFile>
+#include <QStandardPaths>
 #include <cstdio>
 
 namespace {
@@ -46,7 +49,21 @@ int main(int argc, char* argv[]) {
     }
     QApplication app(argc, argv);
     parser.process(app);
+    // A second copy would hold its own connections to the same controllers: allowed,
+    // but said.
+    QLockFile lock(QDir(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation))
+                       .filePath(QStringLiteral("panomat-set.lock")));
+    qint64 other = 0;
+    const bool alone = lock.tryLock(0) || !lock.getLockInfo(&other, nullptr, nullptr);
     Form1 window;
     window.show();
+    if (!alone) {
+        const QString text =
+            QStringLiteral("Another Panomat Set runs on this computer (process %1); both "
+                           "connect to the same controllers.")
+                .arg(other);
+        std::fprintf(stderr, "panomat-set: %s\n", qPrintable(text));
+        emit window.session().notice().hint(text);
+    }
     return app.exec();
 }

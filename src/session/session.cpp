@@ -88,10 +88,11 @@ bool Session::request(WaitStep& step, const QList<QByteArray>& lines, const Requ
 }
 
 QMessageBox::StandardButton Session::message(QMessageBox::Icon icon, const QString& text,
-                                             QMessageBox::StandardButtons buttons) {
+                                             QMessageBox::StandardButtons buttons, QWidget* over) {
     if (cancelled())
         return QMessageBox::NoButton;
-    QMessageBox box(icon, QCoreApplication::applicationName(), text, buttons, window_);
+    QMessageBox box(icon, QCoreApplication::applicationName(), text, buttons,
+                    over ? over : window_);
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
@@ -143,9 +144,9 @@ void Session::afterUnwinding(const std::function<void()>& show) {
         QTimer::singleShot(0, window_, [this, show] { afterUnwinding(show); });
 }
 
-void Session::showReport(const QString& head, const client::Report& report) {
-    afterUnwinding([this, head, report] {
-        ReportDialog dialog(head, report, window_);
+void Session::showReport(const QString& head, const client::Report& report, QWidget* over) {
+    afterUnwinding([this, head, report, over] {
+        ReportDialog dialog(head, report, over ? over : window_);
         dialog.exec();
     });
 }

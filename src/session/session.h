@@ -127,7 +127,8 @@ public:
     // A procedure's report, head first, with a table of every setting. A procedure
     // stopped by "Stop waiting" still shows what it did, once the stopped waits have
     // unwound.
-    void showReport(const QString& head, const client::Report& report);
+    // over: the window the report belongs to, the main window by default.
+    void showReport(const QString& head, const client::Report& report, QWidget* over = nullptr);
     // A message box now, or, when "Stop waiting" is unwinding the waits, once they have.
     void messageAfterStop(QMessageBox::Icon icon, const QString& text);
     // Runs show now, or once stopped waits have unwound; never while closing.
@@ -135,8 +136,11 @@ public:
 
     // Modal message boxes with the application's name as title. Nothing is shown once
     // cancelled.
+    // over: the window the box belongs to, over which it is shown and to which it
+    // returns; the main window by default.
     QMessageBox::StandardButton message(QMessageBox::Icon icon, const QString& text,
-                                        QMessageBox::StandardButtons buttons = QMessageBox::Ok);
+                                        QMessageBox::StandardButtons buttons = QMessageBox::Ok,
+                                        QWidget* over = nullptr);
     void critical(const QString& text) { message(QMessageBox::Critical, text); }
     void exclamation(const QString& text) { message(QMessageBox::Warning, text); }
     void information(const QString& text) { message(QMessageBox::Information, text); }

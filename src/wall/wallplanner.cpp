@@ -402,14 +402,14 @@ bool WallPlanner::open(const QString& path) {
     const auto object = jsonfile::read(path, wallplan::Format, &error);
     const auto plan = object ? wallplan::fromJson(*object, &error) : std::nullopt;
     if (!plan) {
-        s.exclamation(QStringLiteral("The wall plan cannot be opened:\n%1").arg(error));
+        warn(QStringLiteral("The wall plan cannot be opened:\n%1").arg(error));
         return false;
     }
     const QStringList missing = unlisted(*plan);
     if (!missing.isEmpty()) {
-        s.exclamation(QStringLiteral("The wall plan names controllers that are not listed:\n%1\n"
-                                     "Search for them first.")
-                          .arg(missing.join(QLatin1Char('\n'))));
+        warn(QStringLiteral("The wall plan names controllers that are not listed:\n%1\n"
+                            "Search for them first.")
+                 .arg(missing.join(QLatin1Char('\n'))));
         return false;
     }
     plan_ = *plan;
@@ -420,7 +420,7 @@ bool WallPlanner::open(const QString& path) {
 bool WallPlanner::save(const QString& path) {
     QString error;
     if (!jsonfile::write(path, wallplan::toJson(plan_), &error)) {
-        s.exclamation(QStringLiteral("The wall plan was not saved:\n%1").arg(error));
+        warn(QStringLiteral("The wall plan was not saved:\n%1").arg(error));
         return false;
     }
     return true;
@@ -430,37 +430,36 @@ void WallPlanner::apply() {
     if (applying_)
         return;
     if (s.pump().waiting()) {
-        s.exclamation(QStringLiteral("The window waits for a controller's reply: apply the plan "
-                                     "once it has come."));
+        warn(QStringLiteral("The window waits for a controller's reply: apply the plan "
+                            "once it has come."));
         return;
     }
     if (!s.isConnected()) {
-        s.exclamation(QStringLiteral("Connect to the controllers before applying the plan."));
+        warn(QStringLiteral("Connect to the controllers before applying the plan."));
         return;
     }
     if (plan_.assignments.isEmpty()) {
-        s.exclamation(QStringLiteral("The plan places no output: there is nothing to apply."));
+        warn(QStringLiteral("The plan places no output: there is nothing to apply."));
         return;
     }
     const QStringList missing = unlisted(plan_);
     if (!missing.isEmpty()) {
-        s.exclamation(QStringLiteral("The plan names controllers that are not listed:\n%1\n"
-                                     "Nothing was sent.")
-                          .arg(missing.join(QLatin1Char('\n'))));
+        warn(QStringLiteral("The plan names controllers that are not listed:\n%1\n"
+                            "Nothing was sent.")
+                 .arg(missing.join(QLatin1Char('\n'))));
         return;
     }
 
     QString error;
     auto placements = client::placements(plan_, &error);
     if (!placements) {
-        s.exclamation(
-            QStringLiteral("The plan cannot be applied:\n%1\nNothing was sent.").arg(error));
+        warn(QStringLiteral("The plan cannot be applied:\n%1\nNothing was sent.").arg(error));
         return;
     }
     if (const QStringList down = unconnected(*placements); !down.isEmpty()) {
-        s.exclamation(QStringLiteral("These controllers of the plan are not connected:\n%1\n"
-                                     "Nothing was sent.")
-                          .arg(down.join(QLatin1Char('\n'))));
+        warn(QStringLiteral("These controllers of the plan are not connected:\n%1\n"
+                            "Nothing was sent.")
+                 .arg(down.join(QLatin1Char('\n'))));
         return;
     }
     QList<client::LentTarget> targets;
@@ -496,5 +495,10 @@ void WallPlanner::apply() {
                      .arg(report.controllers.size())
                      .arg(placed)
                      .arg(plan_.assignments.size()),
-                 report);
+                 report, this);
+}
+
+// The planner's messages belong to it: shown over it, they give it back the focus.
+void WallPlanner::warn(const QString& text) {
+    s.message(QMessageBox::Warning, text, QMessageBox::Ok, this);
 }

@@ -96,6 +96,7 @@ private:
     void showPlan();
     QStringList unlisted(const wallplan::Plan& plan) const;
     QStringList unconnected(const QList<client::Placement>& placements) const;
+    void warn(const QString& text);
 
     Session& s;
     std::function<void()> refresh_;

@@ -39,7 +39,9 @@ void MessageBoxAnswerer::poll(bool force) {
         return;
     if (box != recorded_) {
         recorded_ = box;
-        seen_ << Seen{box->windowTitle(), box->text(), box->icon(), box->standardButtons()};
+        seen_ << Seen{box->windowTitle(), box->text(), box->icon(), box->standardButtons(),
+                      box->parentWidget() ? box->parentWidget()->window()->objectName()
+                                          : QString()};
     }
     if (held_ && !force)
         return;
@@ -59,7 +61,7 @@ void MessageBoxAnswerer::answerReport(ReportDialog* report, bool force) {
         recorded_ = report;
         seen_ << Seen{report->windowTitle(), report->text(),
                       report->done() ? QMessageBox::Information : QMessageBox::Warning,
-                      QMessageBox::Ok};
+                      QMessageBox::Ok, report->parentWidget()->window()->objectName()};
         reports_ << report->text();
     }
     if (held_ && !force)

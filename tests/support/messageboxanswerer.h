@@ -18,6 +18,7 @@ public:
         QString text;
         QMessageBox::Icon icon;
         QMessageBox::StandardButtons buttons;
+        QString owner; // objectName of the window the box belongs to
     };
 
     explicit MessageBoxAnswerer(QObject* parent = nullptr);

@@ -135,6 +135,7 @@ void TestPlanner::autoFillAppliesEveryControllersTiles() {
                  "Applied the wall plan to 4 of 4 controllers: 16 of 16 outputs placed.")),
              qPrintable(texts[1]));
     QCOMPARE(bench.boxes.seen().last().icon, QMessageBox::Information);
+    QCOMPARE(bench.boxes.seen().last().owner, QStringLiteral("wall_planner"));
 }
 
 void TestPlanner::dragAndListsPlaceOutputsAndMarkTiles() {
@@ -244,6 +245,7 @@ void TestPlanner::badPlansAndStatesAreRefused() {
         QCOMPARE(bench.boxes.texts().size(), 1);
         QVERIFY2(bench.boxes.texts().first().contains(expected[i]),
                  qPrintable(bench.boxes.texts().first()));
+        QCOMPARE(bench.boxes.seen().first().owner, QStringLiteral("wall_planner"));
         QCOMPARE(planner->plan(), kept);
     }
 

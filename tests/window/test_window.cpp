@@ -3,6 +3,7 @@
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <cmath>
 
 using driver::find;
@@ -401,6 +402,27 @@ private slots:
         QCOMPARE(headless.exitStatus(), QProcess::NormalExit);
         QCOMPARE(headless.exitCode(), 1);
         QVERIFY(headless.readAllStandardError().contains("there is no display"));
+
+        // A second copy is told of the first.
+        QTemporaryDir runtime;
+        QProcessEnvironment offscreen = QProcessEnvironment::systemEnvironment();
+        offscreen.insert("QT_QPA_PLATFORM", "offscreen");
+        offscreen.insert("XDG_RUNTIME_DIR", runtime.path());
+        QProcess first, second;
+        for (QProcess* copy : {&first, &second}) {
+            copy->setProcessEnvironment(offscreen);
+            copy->start(QStringLiteral(PANOMAT_SET_EXE), {});
+            QVERIFY(copy->waitForStarted());
+            QVERIFY(QTest::qWaitFor(
+                [&] { return QFile::exists(runtime.filePath("panomat-set.lock")); }));
+        }
+        QVERIFY(QTest::qWaitFor(
+            [&] { return second.readAllStandardError().contains("Another Panomat Set runs"); }));
+        QVERIFY(!first.readAllStandardError().contains("Another Panomat Set runs"));
+        for (QProcess* copy : {&first, &second}) {
+            copy->kill();
+            copy->waitForFinished();
+        }
 
         Bench bench("127.10.12.1", 1);
         Form1& form = bench.form;

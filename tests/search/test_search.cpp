@@ -249,14 +249,14 @@ private slots:
         QStringList sixteen;
         for (int i = 0; i < 18; ++i) {
             many.push_back(interfaceAt(qPrintable(QStringLiteral("br%1").arg(i)),
-                                       qPrintable(QStringLiteral("10.%1.0.1").arg(i)), 30));
+                                       qPrintable(QStringLiteral("198.18.%1.1").arg(i)), 30));
             if (i < 16)
-                sixteen << QStringLiteral("10.%1.0.0/30 on br%1 (1)").arg(i);
+                sixteen << QStringLiteral("198.18.%1.0/30 on br%1 (1)").arg(i);
         }
         QTest::newRow("at most 16 networks")
-            << many << sixteen << "10.0.0.2" << 16
-            << QStringList{"left out 10.16.0.0/30 on br16: more than 16 networks",
-                           "left out 10.17.0.0/30 on br17: more than 16 networks"};
+            << many << sixteen << "198.18.0.2" << 16
+            << QStringList{"left out 198.18.16.0/30 on br16: more than 16 networks",
+                           "left out 198.18.17.0/30 on br17: more than 16 networks"};
     }
     void machineNetworks() {
         QFETCH(std::vector<InterfaceAddress>, interfaces);

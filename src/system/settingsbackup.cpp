@@ -197,20 +197,23 @@ bool SettingsBackup::restore(const QString& path) {
     }
     QList<client::LentTarget> targets;
     QList<client::RestoreTarget> wanted;
-    QStringList unlisted;
+    QList<client::Target> unlisted;
     for (const settingsfile::Controller& c : *file) {
         const int entry = int(s.addresses().indexOf(c.address));
         if (entry < 0) {
-            unlisted << QStringLiteral("%1 (%2)").arg(c.address, c.mac);
+            unlisted.append({c.address, c.mac});
         } else {
             targets.append({entry, c.address});
             wanted.append({{c.address, s.ui().cbo_ipaddr->itemText(entry)}, c.values, {}, {}});
         }
     }
     if (!unlisted.isEmpty()) {
+        QStringList names;
+        for (const client::Target& t : unlisted)
+            names << QStringLiteral("%1 (%2)").arg(t.address, t.mac);
         s.exclamation(QStringLiteral("The file names controllers that are not listed; they are "
                                      "left alone:\n%1")
-                          .arg(unlisted.join(QLatin1Char('\n'))));
+                          .arg(names.join(QLatin1Char('\n'))));
         if (targets.isEmpty())
             return false;
     }
@@ -252,8 +255,8 @@ bool SettingsBackup::restore(const QString& path) {
         own << t.target;
     client::Report report =
         client::restore(runner("Restore", targets), *plans, s.ownRunner(own, TimeoutMs));
-    for (const QString& who : unlisted)
-        report.controllers.append({{who, {}}, QStringLiteral("not listed"), {}, {}});
+    for (const client::Target& t : unlisted)
+        report.controllers.append({t, QStringLiteral("not listed"), {}, {}});
     finishRestore(report, targets);
     return report.done();
 }

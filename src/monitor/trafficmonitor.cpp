@@ -2,11 +2,11 @@
 
 #include "link/trafficlog.h"
 #include "protocol/safefile.h"
+#include "session/filedialogs.h"
 #include "session/session.h"
 
 #include <QBuffer>
 #include <QComboBox>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -153,9 +153,9 @@ void TrafficMonitor::fillControllerFilter() {
 }
 
 void TrafficMonitor::save() {
-    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save traffic"),
-                                                      QStringLiteral("traffic.csv"),
-                                                      QStringLiteral("CSV (*.csv);;Text (*.txt)"));
+    const QString path =
+        askFileToSave(this, QStringLiteral("Save traffic"), QStringLiteral("traffic.csv"),
+                      QStringLiteral("CSV (*.csv);;Text (*.txt)"));
     if (!path.isEmpty())
         saveTo(path);
 }

@@ -3,13 +3,13 @@
 #include "client/restore.h"
 #include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
+#include "session/filedialogs.h"
 #include "session/session.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTime>
 #include <QDialogButtonBox>
-#include <QFileDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QProgressBar>
@@ -120,9 +120,9 @@ void SettingsBackup::saveAsked() {
     const bool all = s.deviceCount() > 1 &&
                      s.askYes(QStringLiteral("Save the settings of all listed controllers ?\n"
                                              "(No: the selected controller only)"));
-    const QString path = QFileDialog::getSaveFileName(
-        parent_, QStringLiteral("Save controller settings"), QStringLiteral("settings.json"),
-        QStringLiteral("Settings files (*.json)"));
+    const QString path =
+        askFileToSave(parent_, QStringLiteral("Save controller settings"),
+                      QStringLiteral("settings.json"), QStringLiteral("Settings files (*.json)"));
     if (!path.isEmpty())
         save(path, all);
 }
@@ -130,9 +130,8 @@ void SettingsBackup::saveAsked() {
 void SettingsBackup::restoreAsked() {
     if (!ready(QStringLiteral("restore the settings")))
         return;
-    const QString path =
-        QFileDialog::getOpenFileName(parent_, QStringLiteral("Restore controller settings"), {},
-                                     QStringLiteral("Settings files (*.json)"));
+    const QString path = askFileToOpen(parent_, QStringLiteral("Restore controller settings"),
+                                       QStringLiteral("Settings files (*.json)"));
     if (!path.isEmpty())
         restore(path);
 }

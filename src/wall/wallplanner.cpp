@@ -2,10 +2,10 @@
 
 #include "protocol/catalogue.h"
 #include "protocol/jsonfile.h"
+#include "session/filedialogs.h"
 #include "session/session.h"
 
 #include <QComboBox>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -286,15 +286,15 @@ void WallPlanner::build() {
     connect(removeButton, &QPushButton::clicked, this,
             [this] { place(outputBox_->currentIndex(), 0); });
     connect(openButton, &QPushButton::clicked, this, [this] {
-        const QString path = QFileDialog::getOpenFileName(
-            this, QStringLiteral("Open wall plan"), {}, QStringLiteral("Wall plans (*.json)"));
+        const QString path = askFileToOpen(this, QStringLiteral("Open wall plan"),
+                                           QStringLiteral("Wall plans (*.json)"));
         if (!path.isEmpty())
             open(path);
     });
     connect(saveButton, &QPushButton::clicked, this, [this] {
-        const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save wall plan"),
-                                                          QStringLiteral("wall.json"),
-                                                          QStringLiteral("Wall plans (*.json)"));
+        const QString path =
+            askFileToSave(this, QStringLiteral("Save wall plan"), QStringLiteral("wall.json"),
+                          QStringLiteral("Wall plans (*.json)"));
         if (!path.isEmpty())
             save(path);
     });

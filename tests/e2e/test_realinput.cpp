@@ -1,5 +1,7 @@
+#include "monitor/trafficmonitor.h"
 #include "support/bench.h"
 
+#include <QFileDialog>
 #include <QProcess>
 #include <QScreen>
 #include <QScrollArea>
@@ -191,6 +193,29 @@ private slots:
                 QVERIFY2(view.contains(shown.center()), qPrintable(control->objectName()));
             }
         }
+        // A file dialog, and every one of its buttons, on the screen.
+        QRect dialog;
+        QStringList offScreen;
+        driver::when(
+            &form, [] { return qobject_cast<QFileDialog*>(QApplication::activeModalWidget()); },
+            [&] {
+                auto* files = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+                dialog = files->frameGeometry();
+                for (QPushButton* button : files->findChildren<QPushButton*>())
+                    if (button->isVisible() &&
+                        !screen.contains(QRect(button->mapToGlobal(QPoint(0, 0)), button->size())))
+                        offScreen << button->text();
+                files->reject();
+            });
+        form.monitor().show();
+        QTest::mouseClick(form.monitor().findChild<QPushButton*>(QStringLiteral("monitor_save")),
+                          Qt::LeftButton);
+        QVERIFY2(screen.contains(dialog), qPrintable(QStringLiteral("file dialog %1x%2 at %3,%4")
+                                                         .arg(dialog.width())
+                                                         .arg(dialog.height())
+                                                         .arg(dialog.x())
+                                                         .arg(dialog.y())));
+        QCOMPARE(offScreen, QStringList());
     }
 };
 

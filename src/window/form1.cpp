@@ -195,7 +195,11 @@ void Form1::StopWaiting() {
     });
 }
 
-Form1::~Form1() = default;
+Form1::~Form1() {
+    // The dock hides as the window's children go, after this object has gone.
+    if (monitor_)
+        disconnect(monitor_, nullptr, this, nullptr);
+}
 
 // Features that need another's procedure get that procedure, not the window.
 void Form1::buildFeatures() {

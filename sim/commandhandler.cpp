@@ -1,25 +1,22 @@
 #include "commandhandler.h"
 
+#include "protocol/controllerside.h"
+
 namespace sim {
 
 namespace {
 
 using protocol::Effect;
-using protocol::Request;
+using protocol::ParsedCommand;
 
-// Preset wall shapes of the hot keys, in key order, read as rows x columns like the
-// arguments of "SMNC".
-constexpr int HotKeyShape[24][2] = {{1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}, {6, 6}, {2, 3}, {3, 2},
-                                    {3, 4}, {4, 2}, {4, 3}, {4, 5}, {1, 2}, {2, 1}, {1, 3}, {3, 1},
-                                    {1, 4}, {4, 1}, {2, 4}, {3, 5}, {5, 4}, {5, 3}, {6, 2}, {6, 3}};
 
 QString positionOf(int output) {
     return QStringLiteral("wall.position.%1").arg(QChar(u'a' + output - 1));
 }
 
 void applyHotKey(ControllerState& s, int preset) {
-    const int rows = HotKeyShape[preset][0];
-    const int cols = HotKeyShape[preset][1];
+    const int rows = protocol::hotKeyShapes()[preset].rows;
+    const int cols = protocol::hotKeyShapes()[preset].cols;
     s.set("wall.rows", rows);
     s.set("wall.cols", cols);
     // Outputs beyond the last tile repeat from the first; a wall of fewer than four
@@ -31,7 +28,7 @@ void applyHotKey(ControllerState& s, int preset) {
 }
 
 // A tile placed by "SCO" must lie on the wall as it is now.
-bool onWall(const ControllerState& s, const Request& q) {
+bool onWall(const ControllerState& s, const ParsedCommand& q) {
     for (int i = 0; i < q.settings.size(); ++i)
         if (q.settings[i]->group == protocol::Group::Wall && q.settings[i]->output > 0 &&
             q.values[i] > s.value("wall.rows") * s.value("wall.cols"))
@@ -40,7 +37,7 @@ bool onWall(const ControllerState& s, const Request& q) {
 }
 
 // Writes and resets apply all their values or, with one out of range, none.
-void apply(ControllerState& s, const Request& q, Response& r) {
+void apply(ControllerState& s, const ParsedCommand& q, Response& r) {
     if (!q.applies)
         return;
     if (!onWall(s, q)) {
@@ -51,7 +48,7 @@ void apply(ControllerState& s, const Request& q, Response& r) {
         s.values[q.settings[i]->index] = q.values[i];
 }
 
-void carryOut(ControllerState& s, const Request& q, Response& r) {
+void carryOut(ControllerState& s, const ParsedCommand& q, Response& r) {
     switch (q.command->effect) {
     case Effect::Read:
     case Effect::ShowInfo:
@@ -83,7 +80,7 @@ void carryOut(ControllerState& s, const Request& q, Response& r) {
 } // namespace
 
 Response handleCommand(ControllerState& state, const QByteArray& line) {
-    const Request q = protocol::parseCommand(line);
+    const ParsedCommand q = protocol::parseCommand(line);
     Response r;
     r.keyword = q.keyword;
     r.note = q.note;

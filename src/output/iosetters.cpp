@@ -1,5 +1,6 @@
 #include "output/iosetters.h"
 
+#include "output/iobindings.h"
 #include "output/iosetup.h"
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
@@ -10,25 +11,6 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QRadioButton>
-
-namespace {
-
-// Index of each setting's "ALL IP" box in chk_io.
-enum AllIpBox {
-    ResoBox = 0,
-    InfoPlayBox = 1,
-    OsdHBox = 2,
-    OsdVBox = 3,
-    OsdTimeBox = 4,
-    GainBox = 5,
-    MuteBox = 6
-};
-
-const char* osdKeyword(int index) {
-    return index == 0 ? "SOSDH" : "SOSDV";
-}
-
-} // namespace
 
 IoSetters::IoSetters(Session& session, const IoSetup& page) : s_(session), page_(page) {
     Controls& ui = s_.ui();
@@ -46,73 +28,75 @@ IoSetters::IoSetters(Session& session, const IoSetup& page) : s_(session), page_
                          [this, i] { opt_mute_Click(i); });
 }
 
-void IoSetters::sendSetting(int allIpBox, const QByteArray& line) {
-    s_.sendTo(s_.ui().chk_io[allIpBox]->isChecked(), line);
+// The list's pick, or option index, is the value's offset from the setting's minimum.
+void IoSetters::sendSetting(IoControl control, int index) {
+    const IoBinding& b = IoBindings[control];
+    s_.sendTo(s_.ui().chk_io[b.allIpBox]->isChecked(),
+              command::line(*b.bound().write, index + int(b.bound().min)));
+}
+
+void IoSetters::sendPick(IoControl control) {
+    sendSetting(control, IoBindings[control].list(s_.ui())->currentIndex());
 }
 
 void IoSetters::cbo_reso_Click() {
     if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
         return;
-    sendSetting(ResoBox, command::line(QStringLiteral("SRES"), s_.ui().cbo_reso->currentIndex()));
+    sendPick(Reso);
 }
 
 // Leaves the model list alone when the link is down, unlike the resolution and OSD lists.
 void IoSetters::cbo_info_play_Click() {
     if (!s_.guard() || page_.busy())
         return;
-    sendSetting(InfoPlayBox,
-                command::line(QStringLiteral("SOSDD"), s_.ui().cbo_info_play->currentIndex()));
+    sendPick(InfoPlay);
 }
 
 void IoSetters::cbo_osd_Click(int index) {
     if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
         return;
-    sendSetting(
-        index == 0 ? OsdHBox : OsdVBox,
-        command::line(QLatin1String(osdKeyword(index)), s_.ui().cbo_osd[index]->currentIndex()));
+    sendPick(index == 0 ? OsdH : OsdV);
 }
 
-// The list shows the timeout itself, starting at 2 seconds.
+// The list shows the timeout itself, from the setting's minimum.
 void IoSetters::cbo_osd_time_Click() {
     if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
         return;
-    sendSetting(OsdTimeBox,
-                command::line(QStringLiteral("SOSDT"), s_.ui().cbo_osd_time->currentIndex() + 2));
+    sendPick(OsdTime);
 }
 
 void IoSetters::cbo_osd_gain_Click() {
     if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
         return;
-    sendSetting(GainBox,
-                command::line(QStringLiteral("SOSDG"), s_.ui().cbo_osd_gain->currentIndex()));
+    sendPick(Gain);
 }
 
 void IoSetters::opt_mute_Click(int index) {
     if (!s_.guard() || page_.busy())
         return;
-    sendSetting(MuteBox, command::line(QStringLiteral("SMUTE"), index));
+    sendSetting(Mute, index);
 }
 
 void IoSetters::cbo_osd_KeyDown(int index, int keyCode) {
-    typedSetter(s_.ui().cbo_osd[index], QLatin1String(osdKeyword(index)), 20,
-                index == 0 ? OsdHBox : OsdVBox, keyCode);
+    typedSetter(index == 0 ? OsdH : OsdV, keyCode);
 }
 
 void IoSetters::cbo_osd_gain_KeyDown(int keyCode) {
-    typedSetter(s_.ui().cbo_osd_gain, QStringLiteral("SOSDG"), 10, GainBox, keyCode);
+    typedSetter(Gain, keyCode);
 }
 
 // Enter sends the text exactly as typed once it passes the loose real-valued bounds
-// -1 < v < maximum + 1 ("20.9" and "-0.5" pass). Typing is not held back by a read or
-// reset of the page: only picks are.
-void IoSetters::typedSetter(QComboBox* box, const QString& keyword, int maximum, int allIpBox,
-                            int keyCode) {
+// minimum - 1 < v < maximum + 1 ("20.9" and "-0.5" pass). Typing is not held back by a
+// read or reset of the page: only picks are.
+void IoSetters::typedSetter(IoControl control, int keyCode) {
     if (!s_.guard(Session::Refusal::ClearModelFirst) || keyCode != events::KeyEnter)
         return;
-    const QString text = box->lineEdit()->text();
-    if (!legacy::typedWithin(text, -1, maximum + 1)) {
-        s_.exclamation(QStringLiteral("Please type 0 ~ %1").arg(maximum));
+    const IoBinding& b = IoBindings[control];
+    const protocol::Setting& setting = b.bound();
+    const QString text = b.list(s_.ui())->lineEdit()->text();
+    if (!legacy::typedWithin(text, double(setting.min) - 1, double(setting.max) + 1)) {
+        s_.exclamation(QStringLiteral("Please type %1 ~ %2").arg(setting.min).arg(setting.max));
         return;
     }
-    sendSetting(allIpBox, command::line(keyword, text));
+    s_.sendTo(s_.ui().chk_io[b.allIpBox]->isChecked(), command::line(*setting.write, text));
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "output/iobindings.h"
 
 class IoSetup;
-class QComboBox;
 class Session;
 
 // The I/O page's seven setters: a pick, an option click or Enter in an editable list
@@ -23,9 +22,9 @@ public:
     void cbo_osd_gain_KeyDown(int keyCode);
 
 private:
-    void sendSetting(int allIpBox, const QByteArray& line);
-    void typedSetter(QComboBox* box, const QString& keyword, int maximum, int allIpBox,
-                     int keyCode);
+    void sendSetting(IoControl control, int index);
+    void sendPick(IoControl control);
+    void typedSetter(IoControl control, int keyCode);
 
     Session& s_;
     const IoSetup& page_;

@@ -1,5 +1,7 @@
 #include "output/iosetup.h"
 
+#include "output/iobindings.h"
+
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
 #include "session/events.h"
@@ -18,10 +20,8 @@ IoSetup::IoSetup(Session& session) : s_(session) {
 void IoSetup::ReadIoSetup() {
     if (!s_.guard())
         return;
-    static const char* const reads[] = {"RRES",  "ROSDD", "ROSDT", "ROSDH",
-                                        "ROSDV", "ROSDG", "RMUTE"};
     const BusyButtons busy{s_.ui().btn_io_rst[0]};
-    s_.request(read_, 7, [](int k) { return command::line(QLatin1String(reads[k])); });
+    s_.request(read_, IoControlCount, [](int k) { return protocol::readLine(IoBindings[k].bound()); });
 }
 
 // Each list set here raises its Click; the setters stay silent while the read is busy.
@@ -32,29 +32,23 @@ void IoSetup::HandleIoSetupReply(const QString& reply) {
     const QString text = reply::value(reply);
     const int value = legacy::roundHalfEven(legacy::val(text));
     Controls& ui = s_.ui();
-    struct ListStep {
-        const char* key;
-        QComboBox* list;
-        int offset; // the timeout list starts at 2
-    };
-    const ListStep lists[] = {{"RESO", ui.cbo_reso, 0},     {"OSDD", ui.cbo_info_play, 0},
-                              {"OSDT", ui.cbo_osd_time, 2}, {"OSDH", ui.cbo_osd[0], 0},
-                              {"OSDV", ui.cbo_osd[1], 0},   {"OSDG", ui.cbo_osd_gain, 0}};
-    for (int i = 0; i < 6; ++i) {
-        if (key == QLatin1String(lists[i].key) && read_.at(i + 1)) {
-            if (events::setListIndex(lists[i].list, value - lists[i].offset))
-                read_.advance();
-            return;
+    for (int i = 0; i < IoControlCount; ++i) {
+        const protocol::Setting& setting = IoBindings[i].bound();
+        if (key != reply::keyOf(*setting.read) || !read_.at(i + 1))
+            continue;
+        if (!IoBindings[i].list) {
+            events::setOption(ui.opt_mute[text == QLatin1String("001") ? 1 : 0]);
+            read_.advance();
+        } else if (events::setListIndex(IoBindings[i].list(ui), value - int(setting.min))) {
+            read_.advance();
         }
-    }
-    if (key == QLatin1String("MUTE") && read_.at(7)) {
-        events::setOption(ui.opt_mute[text == QLatin1String("001") ? 1 : 0]);
-        read_.advance();
+        return;
     }
 }
 
 void IoSetup::HandleOsdResetReply(const QString& reply) {
-    if (reply::key(reply) == QLatin1String("OSDR") && osdReset_.at(1))
+    if (reply::key(reply) == reply::keyOf(protocol::command(protocol::Action::ResetIo)) &&
+        osdReset_.at(1))
         osdReset_.advance();
 }
 
@@ -69,7 +63,7 @@ void IoSetup::btn_io_rst_Click(int index) {
         resetOsd();
         break;
     case 2:
-        s_.send(command::line(QStringLiteral("SOSDI")));
+        s_.send(command::line(protocol::command(protocol::Action::ShowOsdInfo)));
         break;
     }
 }
@@ -80,17 +74,17 @@ void IoSetup::resetOsd() {
     const bool everyDevice = s_.askYes(QStringLiteral("Reset All IP ?"));
     if (s_.cancelled())
         return;
-    s_.request(osdReset_, {command::line(QStringLiteral("SOSDR"))},
+    s_.request(osdReset_, {command::line(protocol::command(protocol::Action::ResetIo))},
                {.all = everyDevice, .armed = [this] { showDefaults(); }});
 }
 
 void IoSetup::showDefaults() {
     Controls& ui = s_.ui();
-    events::setListIndex(ui.cbo_reso, 6); // 1080p60
-    events::setListIndex(ui.cbo_info_play, 0);
-    events::setListIndex(ui.cbo_osd_time, 0);
-    events::setListIndex(ui.cbo_osd[0], 5);
-    events::setListIndex(ui.cbo_osd[1], 5);
-    events::setListIndex(ui.cbo_osd_gain, 2);
-    events::setOption(ui.opt_mute[0]);
+    for (const IoBinding& b : IoBindings) {
+        const protocol::Setting& setting = b.bound();
+        if (b.list)
+            events::setListIndex(b.list(ui), int(setting.factory - setting.min));
+        else
+            events::setOption(ui.opt_mute[setting.factory]);
+    }
 }

@@ -8,18 +8,6 @@
 #include <QComboBox>
 #include <QLineEdit>
 
-namespace {
-
-const char* const Keywords[4] = {"SBRI", "SCON", "SSAT", "SHUE"};
-
-} // namespace
-
-std::array<QComboBox*, 5>& pictureRow(Controls& ui, int parameter) {
-    std::array<QComboBox*, 5>* rows[4] = {&ui.cbo_image_bri, &ui.cbo_image_con, &ui.cbo_image_sat,
-                                          &ui.cbo_image_hue};
-    return *rows[parameter];
-}
-
 PictureControls::PictureControls(Session& session, const PictureRead& grid)
     : s_(session), grid_(grid) {
     for (int p = 0; p < 4; ++p)
@@ -36,19 +24,20 @@ void PictureControls::pictureClick(int parameter, int output) {
         return;
     if (grid_.busy())
         return;
-    s_.send(command::line(QLatin1String(Keywords[parameter]), output,
+    s_.send(command::line(*pictureSetting(parameter, output).write, output,
                           pictureRow(s_.ui(), parameter)[output]->currentIndex()));
 }
 
-// Enter sends the text as typed when -1 < value < 101, real-valued ("100.5" passes).
-// A running read or reset does not hold it back.
+// Enter sends the text as typed when minimum - 1 < value < maximum + 1, real-valued
+// ("100.5" passes). A running read or reset does not hold it back.
 void PictureControls::pictureKeyDown(int parameter, int output, int keyCode) {
     if (!s_.guard() || keyCode != events::KeyEnter)
         return;
+    const protocol::Setting& setting = pictureSetting(parameter, output);
     const QString text = pictureRow(s_.ui(), parameter)[output]->lineEdit()->text();
-    if (!legacy::typedWithin(text, -1, 101)) {
-        s_.exclamation(QStringLiteral("Please type 0 ~ 100"));
+    if (!legacy::typedWithin(text, double(setting.min) - 1, double(setting.max) + 1)) {
+        s_.exclamation(QStringLiteral("Please type %1 ~ %2").arg(setting.min).arg(setting.max));
         return;
     }
-    s_.send(command::line(QLatin1String(Keywords[parameter]), output, text));
+    s_.send(command::line(*setting.write, output, text));
 }

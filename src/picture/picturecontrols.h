@@ -1,5 +1,6 @@
 #pragma once
 
+#include "protocol/catalogue.h"
 #include "session/controls.h"
 
 #include <QString>
@@ -8,9 +9,24 @@ class PictureRead;
 class QComboBox;
 class Session;
 
-// The grid row of a picture parameter (0 brightness, 1 contrast, 2 saturation, 3 hue);
-// members 1..4 are the outputs.
-std::array<QComboBox*, 5>& pictureRow(Controls& ui, int parameter);
+// The grid's rows in the order they are read, each the family of one picture
+// parameter kept per output; a row's members 1..4 are the outputs.
+struct PictureBinding {
+    const char* family;
+    std::array<QComboBox*, 5> Controls::*row;
+};
+inline constexpr PictureBinding PictureRows[4] = {{"brightness", &Controls::cbo_image_bri},
+                                                  {"contrast", &Controls::cbo_image_con},
+                                                  {"saturation", &Controls::cbo_image_sat},
+                                                  {"hue", &Controls::cbo_image_hue}};
+
+// parameter: 0 brightness, 1 contrast, 2 saturation, 3 hue.
+inline std::array<QComboBox*, 5>& pictureRow(Controls& ui, int parameter) {
+    return ui.*PictureRows[parameter].row;
+}
+inline const protocol::Setting& pictureSetting(int parameter, int output) {
+    return protocol::setting(PictureRows[parameter].family, output);
+}
 
 // The sixteen setters of the picture grid: a pick or Enter sends the value of one
 // parameter of one output to the selected controller only; the grid's "ALL IP" boxes

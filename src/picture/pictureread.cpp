@@ -11,13 +11,12 @@
 
 namespace {
 
-constexpr int ParameterDefault = 50;
 constexpr int RefreshButton = 5;
 constexpr int PictureResetButton = 4;
 
-// Read command and reply key of each parameter, in the order the grid is read.
-const char* const ReadKeywords[4] = {"RBRI", "RCON", "RSAT", "RHUE"};
-const char* const ReplyKeys[4] = {"BRIV", "CONV", "SATV", "HUEV"};
+const protocol::Command& resetOf(protocol::Action action) {
+    return protocol::command(action);
+}
 
 } // namespace
 
@@ -34,7 +33,7 @@ void PictureRead::ReadPicture() {
         return;
     const BusyButtons busy{s_.ui().btn_img_rst[RefreshButton]};
     s_.request(read_, 16,
-               [](int k) { return command::line(QLatin1String(ReadKeywords[k / 4]), k % 4 + 1); });
+               [](int k) { return protocol::readLine(pictureSetting(k / 4, k % 4 + 1)); });
 }
 
 // A picture value reply carries its key in characters 8-11 and the value in 12-14;
@@ -45,7 +44,7 @@ void PictureRead::HandlePictureReply(const QString& reply) {
     if (step < 1 || step > 16)
         return;
     const int parameter = (step - 1) / 4;
-    if (reply::longKey(reply) != QLatin1String(ReplyKeys[parameter]))
+    if (reply::longKey(reply) != reply::secondKeyOf(*pictureSetting(parameter, 1).read))
         return;
     const long value = legacy::roundHalfEven(legacy::val(reply::longValue(reply)));
     if (!events::setListIndex(pictureRow(s_.ui(), parameter)[(step - 1) % 4 + 1],
@@ -57,7 +56,9 @@ void PictureRead::HandlePictureReply(const QString& reply) {
 // Either acknowledgement releases either kind of reset.
 void PictureRead::HandlePictureResetReply(const QString& reply) {
     const QString key = reply::key(reply);
-    if ((key == QLatin1String("IMRE") || key == QLatin1String("PIRE")) && reset_.at(1))
+    if ((key == reply::keyOf(resetOf(protocol::Action::ResetPicture)) ||
+         key == reply::keyOf(resetOf(protocol::Action::ResetPictures))) &&
+        reset_.at(1))
         reset_.advance();
 }
 
@@ -70,17 +71,18 @@ void PictureRead::btn_img_rst_Click(int index) {
     }
     if (index >= 0 && index < 4) {
         reset(s_.ui().Chk_img[index]->isChecked(),
-              command::line(QStringLiteral("SIMRE"), index + 1), index, 1);
+              command::line(resetOf(protocol::Action::ResetPicture), index + 1), index, 1);
     } else if (index == PictureResetButton) {
         // The answer chooses only who gets the reset; the page shows the defaults either way.
         const bool all = s_.askYes(QStringLiteral("Reset All IP ?"));
-        reset(all, command::line(QStringLiteral("SPIRE")), 0, 4);
+        reset(all, command::line(resetOf(protocol::Action::ResetPictures)), 0, 4);
     }
 }
 
 void PictureRead::showDefault(int parameter) {
     for (int output = 1; output <= 4; ++output)
-        events::setListIndex(pictureRow(s_.ui(), parameter)[output], ParameterDefault);
+        events::setListIndex(pictureRow(s_.ui(), parameter)[output],
+                             int(pictureSetting(parameter, output).factory));
 }
 
 // Only the selected controller's acknowledgement can end the wait.

@@ -17,7 +17,7 @@ public:
     bool busy() const { return !read_.idle() || !reset_.idle(); }
 
 private:
-    // Shows the default 50 in every list of the row, raising each list's Click.
+    // Shows the factory value in every list of the row, raising each list's Click.
     void showDefault(int parameter);
     // Sends a reset to the chosen controllers and waits for its acknowledgement; the
     // rows show their defaults once it is armed.

@@ -1,15 +1,19 @@
 #include "protocol/catalogue.h"
 
+#include "protocol/catalogue_p.h"
+
 #include <algorithm>
 #include <vector>
 
 namespace protocol {
 
+using namespace detail;
+
 namespace {
 
 // Arguments.
-constexpr Arg OutputArg{ArgKind::Output, 1, 4};
-constexpr Arg ChannelArg{ArgKind::Channel, 1, 4};
+constexpr Arg OutputArg{ArgKind::Output, 1, OutputCount};
+constexpr Arg ChannelArg{ArgKind::Channel, 1, OutputCount};
 constexpr Arg ValueArg{ArgKind::Value};
 constexpr Arg number(int min, int max) {
     return {ArgKind::Number, min, max};
@@ -58,6 +62,12 @@ constexpr Command resets(const char* keyword, Reply reply, std::array<Group, 4> 
 constexpr Command action(const char* keyword, Effect effect, Reply reply = {}, Arg arg = {}) {
     return {keyword, effect, {arg}, reply};
 }
+
+// Preset wall shapes of the hot keys, in key order.
+constexpr WallShape HotKeyShapes[] = {
+    {1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}, {6, 6}, {2, 3}, {3, 2}, {3, 4}, {4, 2}, {4, 3}, {4, 5},
+    {1, 2}, {2, 1}, {1, 3}, {3, 1}, {1, 4}, {4, 1}, {2, 4}, {3, 5}, {5, 4}, {5, 3}, {6, 2}, {6, 3}};
+static_assert(std::size(HotKeyShapes) == HotKeyCount);
 
 constexpr std::array<Group, 4> PictureGroups{Group::Brightness, Group::Contrast, Group::Saturation,
                                              Group::Hue};
@@ -112,7 +122,7 @@ constexpr Command Commands[] = {
     resets("SWDE", bare("WDEF"), {Group::Bezel}),
     action("SFAVE", Effect::Store, {}, slot(1, 5)),
     action("RFAVE", Effect::Recall, echo("RFAV", 1), slot(1, 5)),
-    action("SHOT", Effect::HotKey, bare("HOTK"), number(0, 23)),
+    action("SHOT", Effect::HotKey, bare("HOTK"), number(0, HotKeyCount - 1)),
     // Position trims: the keyword carries the sign (P plus, M minus), the value is a magnitude
     readsOutput("RCHS", signedPair("CHSC", "PHSV", "MHSV")),
     readsOutput("RCHE", signedPair("CHEC", "PHEV", "MHEV")),
@@ -134,6 +144,14 @@ constexpr Command Commands[] = {
     sets("SMAA", bare("MAA0")),
     sets("SGAA", bare("GAA0")),
     action("SREL", Effect::Restart, bare("RELI")),
+};
+
+constexpr std::pair<Action, const char*> Actions[] = {
+    {Action::ShowOsdInfo, "SOSDI"},     {Action::ResetIo, "SOSDR"},
+    {Action::ResetPicture, "SIMRE"},    {Action::ResetPictures, "SPIRE"},
+    {Action::ResetBezel, "SWDE"},       {Action::StoreFavourite, "SFAVE"},
+    {Action::RecallFavourite, "RFAVE"}, {Action::HotKey, "SHOT"},
+    {Action::RestartNetwork, "SREL"},   {Action::FactoryReset, "SDEF"},
 };
 
 // A setting, or one per output named name.a .. name.d.
@@ -197,6 +215,31 @@ constexpr Family Families[] = {
 };
 // clang-format on
 
+// Settings whose lists show words, one for each value from min to max.
+constexpr const char* Resolutions[] = {
+    "720p50",      "720p60",      "1080p24",     "1080p25",      "1080p30",     "1080p50",
+    "1080p60",     "1024x768 60", "1280x800 60", "1280x1024 60", "1366x768 60", "1440x900 60",
+    "1600x900 60", "1600x1200 60", "1680x1050 60", "1920x1200 60", "Native"};
+constexpr const char* OffOn[] = {"OFF", "ON"};
+constexpr const char* NetworkModes[] = {"DHCP", "STATIC"};
+constexpr std::pair<const char*, std::span<const char* const>> Labelled[] = {
+    {"resolution", Resolutions},
+    {"osd.display", OffOn},
+    {"network.mode", NetworkModes},
+};
+
+QStringList labelsOf(const Family& f) {
+    QStringList words;
+    for (const auto& [name, list] : Labelled)
+        if (qstrcmp(name, f.name) == 0)
+            for (const char* w : list)
+                words << QLatin1String(w);
+    if (!words.isEmpty() && words.size() != f.max - f.min + 1)
+        qFatal("catalogue: %s has %d words for %d values", f.name, int(words.size()),
+               int(f.max - f.min + 1));
+    return words;
+}
+
 const Command* commandNamed(const char* keyword) {
     if (!keyword)
         return nullptr;
@@ -209,13 +252,14 @@ const Command* commandNamed(const char* keyword) {
 std::vector<Setting> expand() {
     std::vector<Setting> out;
     for (const Family& f : Families) {
-        for (int o = f.perOutput ? 1 : 0; o <= (f.perOutput ? 4 : 0); ++o) {
+        for (int o = f.perOutput ? 1 : 0; o <= (f.perOutput ? OutputCount : 0); ++o) {
             QString name = QLatin1String(f.name);
             if (o > 0)
                 name += u'.' + QChar(u'a' + o - 1);
             out.push_back({name, f.kind, f.min, f.max, f.unit, f.factoryIsOutput ? o : f.factory,
                            f.group, commandNamed(f.read), commandNamed(f.write),
-                           commandNamed(f.writeMinus), f.valueArg, o, f.part, int(out.size())});
+                           commandNamed(f.writeMinus), f.valueArg, o, f.part, int(out.size()),
+                           labelsOf(f)});
         }
     }
     return out;
@@ -228,9 +272,6 @@ const std::vector<Setting>& table() {
 
 // Text fields
 
-QByteArray three(Value v) {
-    return QByteArray::number(std::clamp<Value>(v, 0, 999)).rightJustified(3, '0');
-}
 
 QByteArrayView field(QByteArrayView text, Field f) {
     const qsizetype from = f.start - 1;
@@ -248,9 +289,6 @@ std::optional<Value> threeDigits(QByteArrayView text) {
     return text.toInt();
 }
 
-int octetOf(Value address, int octet) {
-    return int(address >> (24 - 8 * octet)) & 0xFF;
-}
 
 // "127.0.0.2", or zero-padded "127.000.000.002" as the controller and the tool write it.
 QByteArray addressText(Value address, bool padded) {
@@ -261,43 +299,6 @@ QByteArray addressText(Value address, bool padded) {
     return text;
 }
 
-// Four dotted octets of one to three digits each, padded or not: general parsers
-// may take the padded ones for octal.
-std::optional<Value> readAddress(QByteArrayView text) {
-    const QList<QByteArray> parts = text.toByteArray().split('.');
-    if (parts.size() != 4)
-        return std::nullopt;
-    Value a = 0;
-    for (const QByteArray& p : parts) {
-        if (p.isEmpty() || p.size() > 3)
-            return std::nullopt;
-        for (char c : p)
-            if (c < '0' || c > '9')
-                return std::nullopt;
-        if (p.toInt() > 255)
-            return std::nullopt;
-        a = (a << 8) | p.toInt();
-    }
-    return a;
-}
-
-// The controller reads numbers like C's atoi: optional sign, digits, stop at the first
-// other character. "050" is 50, "3.7" is 3, "-0.5" is 0.
-std::optional<Value> controllerNumber(QByteArrayView text) {
-    qsizetype i = 0;
-    bool negative = false;
-    if (i < text.size() && (text[i] == '-' || text[i] == '+'))
-        negative = text[i++] == '-';
-    Value v = 0;
-    int digits = 0;
-    while (i < text.size() && text[i] >= '0' && text[i] <= '9' && digits < 9) {
-        v = v * 10 + (text[i++] - '0');
-        ++digits;
-    }
-    if (digits == 0)
-        return std::nullopt;
-    return negative ? -v : v;
-}
 
 template <typename T> Result<T> failure(const QString& error) {
     return {std::nullopt, error};
@@ -382,25 +383,8 @@ Result<Value> addressOf(const Setting& s, QByteArrayView chunk) {
     return {a, {}};
 }
 
-QByteArray addressBlock(const QList<Value>& current) {
-    QByteArray block;
-    for (int part = 0; part < 3; ++part)
-        for (int octet = 0; octet < 4; ++octet)
-            block += AddressTags[part] + QByteArray("0") + char('0' + octet) +
-                     three(octetOf(current[part], octet));
-    return block;
-}
-
 // Commands read by the controller
 
-// The setting a command writes with its argument `arg` for `output`.
-const Setting* written(const Command& c, int arg, int output) {
-    for (const Setting& s : table())
-        if ((s.write == &c || s.writeMinus == &c) && s.valueArg == arg &&
-            (s.output == 0 || s.output == output))
-            return &s;
-    return nullptr;
-}
 
 // The line of a write command for `output`, each value taken from valueOf(setting).
 template <typename ValueOf>
@@ -418,92 +402,48 @@ QByteArray lineFor(const Command& c, int output, const ValueOf& valueOf) {
     return lineOf(c, args);
 }
 
-bool refuse(Request& q, const QString& note) {
-    q.note = note;
-    return false;
-}
-
-// What a written argument stands for: where the keyword carries the sign, a magnitude.
-std::optional<Value> signedValue(const Setting& s, const Command& c, Value arg) {
-    if (!s.writeMinus)
-        return arg;
-    if (arg < 0)
-        return std::nullopt;
-    return &c == s.writeMinus ? -arg : arg;
-}
-
-// A written value: a number or an address, refused when missing or unreadable, not
-// applied when out of range. The setting is listed either way: its reply may echo it.
-bool readValueArg(Request& q, const Command& c, const QByteArrayList& words, int i, int output) {
-    const Setting* s = written(c, i + 1, output);
-    std::optional<Value> v;
-    if (s && s->kind == Kind::Address) {
-        if (i >= words.size())
-            return refuse(q, QStringLiteral("missing address"));
-        v = readAddress(words[i]);
-    } else {
-        const auto n = i < words.size() ? controllerNumber(words[i]) : std::nullopt;
-        if (!n)
-            return refuse(q, QStringLiteral("missing or bad argument %1").arg(i + 1));
-        q.args[i] = *n;
-        v = s ? signedValue(*s, c, *n) : std::nullopt;
-    }
-    if (!v || !rangeError(*s, *v).isEmpty())
-        q.applies = false;
-    if (s) {
-        q.settings << s;
-        q.values << v.value_or(0);
-    }
-    return true;
-}
-
-// Arguments left to right, as the controller checks them.
-bool readArgs(Request& q, const Command& c, const QByteArrayList& words) {
-    int output = 0;
-    for (int i = 0; i < c.argCount(); ++i) {
-        const Arg& a = c.args[i];
-        if (a.kind == ArgKind::Value) {
-            if (!readValueArg(q, c, words, i, output))
-                return false;
-            continue;
-        }
-        const auto n = i < words.size() ? controllerNumber(words[i]) : std::nullopt;
-        if (!n)
-            return refuse(q, QStringLiteral("missing or bad argument %1").arg(i + 1));
-        q.args[i] = *n;
-        const bool fits = *n >= a.min && *n <= a.max;
-        if (a.kind == ArgKind::Output && !fits)
-            return refuse(q, QStringLiteral("no output %1").arg(*n));
-        if (a.kind == ArgKind::Slot && !fits)
-            return refuse(q, QStringLiteral("no such favourite slot"));
-        if (a.kind == ArgKind::Output || a.kind == ArgKind::Channel)
-            output = int(*n);
-        q.applies = q.applies && fits;
-    }
-    return true;
-}
-
-void addRead(Request& q, const Command& c) {
-    const int output = c.args[0].kind == ArgKind::Output ? int(q.args[0]) : 0;
-    for (const Setting* s : settingsOf(c))
-        if (s->output == output)
-            q.settings << s;
-}
-
-// The groups a reset takes; with an argument, the one it names.
-void addReset(Request& q, const Command& c) {
-    if (!q.applies)
-        return;
-    const bool picked = c.args[0].kind != ArgKind::None;
-    for (const Setting* s : settingsOf(c)) {
-        if (!picked || c.resets[q.args[0] - 1] == s->group) {
-            q.settings << s;
-            q.values << s->factory;
-        }
-    }
-}
-
 } // namespace
+
+namespace detail {
+
+QByteArray three(Value v) {
+    return QByteArray::number(std::clamp<Value>(v, 0, 999)).rightJustified(3, '0');
+}
+
+int octetOf(Value address, int octet) {
+    return int(address >> (24 - 8 * octet)) & 0xFF;
+}
+
+// Four dotted octets of one to three digits each, padded or not: general parsers
+// may take the padded ones for octal.
+std::optional<Value> readAddress(QByteArrayView text) {
+    const QList<QByteArray> parts = text.toByteArray().split('.');
+    if (parts.size() != 4)
+        return std::nullopt;
+    Value a = 0;
+    for (const QByteArray& p : parts) {
+        if (p.isEmpty() || p.size() > 3)
+            return std::nullopt;
+        for (char c : p)
+            if (c < '0' || c > '9')
+                return std::nullopt;
+        if (p.toInt() > 255)
+            return std::nullopt;
+        a = (a << 8) | p.toInt();
+    }
+    return a;
+}
+
+// The setting a command writes with its argument `arg` for `output`.
+const Setting* written(const Command& c, int arg, int output) {
+    for (const Setting& s : table())
+        if ((s.write == &c || s.writeMinus == &c) && s.valueArg == arg &&
+            (s.output == 0 || s.output == output))
+            return &s;
+    return nullptr;
+}
+
+} // namespace detail
 
 int Command::argCount() const {
     int n = 0;
@@ -521,6 +461,32 @@ const Setting* find(QAnyStringView name) {
         if (QAnyStringView::compare(name, s.name) == 0)
             return &s;
     return nullptr;
+}
+
+const Setting& setting(QAnyStringView name) {
+    const Setting* s = find(name);
+    if (!s)
+        qFatal("catalogue: no setting %s", qPrintable(name.toString()));
+    return *s;
+}
+
+const Setting& setting(const char* family, int output) {
+    return setting(QLatin1String(family) + u'.' + QChar(u'a' + output - 1));
+}
+
+QString outputName(int output) {
+    return QStringLiteral("Out ") + QChar(u'A' + output - 1);
+}
+
+const Command& command(Action action) {
+    for (const auto& [a, keyword] : Actions)
+        if (a == action)
+            return *commandNamed(keyword);
+    qFatal("catalogue: no command for action %d", int(action));
+}
+
+std::span<const WallShape> hotKeyShapes() {
+    return HotKeyShapes;
 }
 
 QList<const Setting*> settingsOf(const Command& c) {
@@ -626,7 +592,7 @@ Result<Write> writeLine(const Setting& s, Value v) {
 }
 
 Result<QList<Write>> placementLines(int rows, int cols, int output, int position) {
-    if (output < 1 || output > 4)
+    if (output < 1 || output > OutputCount)
         return failure<QList<Write>>(QStringLiteral("no output %1").arg(output));
     const Command& size = *findCommand("SMNC");
     const Command& tile = *findCommand("SCO");
@@ -648,54 +614,6 @@ Result<QList<Write>> placementLines(int rows, int cols, int output, int position
     return {QList<Write>{{lineFor(size, output, sizeOf), ackOf(size)},
                          {lineFor(tile, output, tileOf), ackOf(tile)}},
             {}};
-}
-
-Request parseCommand(QByteArrayView line) {
-    Request q;
-    QByteArrayList words;
-    for (const QByteArray& w : line.toByteArray().trimmed().split(' '))
-        if (!w.isEmpty())
-            words << w;
-    if (words.isEmpty())
-        return q;
-    q.keyword = words.takeFirst().toUpper();
-    const Command* c = findCommand(q.keyword);
-    if (!c) {
-        q.note = QStringLiteral("unknown command");
-        return q;
-    }
-    if (!readArgs(q, *c, words)) {
-        q.settings.clear();
-        q.values.clear();
-        return q;
-    }
-    if (c->effect == Effect::Read)
-        addRead(q, *c);
-    if (c->effect == Effect::Reset)
-        addReset(q, *c);
-    if (!q.applies)
-        q.note = QStringLiteral("value out of range, not applied");
-    q.command = c;
-    return q;
-}
-
-QByteArray replyText(const Request& q, const QList<Value>& current) {
-    const Reply& r = q.command->reply;
-    const QByteArray key = r.key;
-    switch (r.layout) {
-    case Layout::Silent:
-        return {};
-    case Layout::Bare:
-        return key + "\r\n";
-    case Layout::Short:
-        return key + three(r.echo ? q.args[r.echo - 1] : current[0]) + "\r\n";
-    case Layout::Long:
-        return key + three(q.settings[0]->output) + (current[0] < 0 ? r.minus : r.second) +
-               three(qAbs(current[0])) + "\r\n";
-    case Layout::AddressBlock:
-        return addressBlock(current) + "\r\n";
-    }
-    return {};
 }
 
 } // namespace protocol

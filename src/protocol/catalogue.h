@@ -5,6 +5,7 @@
 #include <QByteArrayView>
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 #include <array>
 #include <optional>
@@ -128,6 +129,7 @@ struct Setting {
     int output;                // 1..4 for a setting of each output, else 0
     int part;                  // address block: 0 address, 1 mask, 2 gateway
     int index;                 // position in settings()
+    QStringList labels;        // the words a list shows for values min..max; empty: numbers
 
     bool readable() const { return read != nullptr; }
     bool writable() const { return write != nullptr; }
@@ -145,6 +147,38 @@ template <typename T> struct Result {
 
 std::span<const Setting> settings(); // catalogue order
 const Setting* find(QAnyStringView name);
+// A setting the program names itself: a name missing from the catalogue is a fault of
+// the program and stops it at once.
+const Setting& setting(QAnyStringView name);
+// The setting of one output, 1..OutputCount, of a family kept per output: "brightness".
+const Setting& setting(const char* family, int output);
+
+// The outputs of a controller, 1..OutputCount, shown as "Out A".."Out D".
+inline constexpr int OutputCount = 4;
+QString outputName(int output);
+
+// Commands that act on the controller rather than carry one setting's value.
+enum class Action : quint8 {
+    ShowOsdInfo,
+    ResetIo,
+    ResetPicture,  // one parameter of every output, by its number 1..4
+    ResetPictures, // all four parameters
+    ResetBezel,
+    StoreFavourite,
+    RecallFavourite,
+    HotKey,
+    RestartNetwork,
+    FactoryReset,
+};
+const Command& command(Action action);
+
+// The preset wall shapes of the hot keys, in key order.
+struct WallShape {
+    int rows;
+    int cols;
+};
+inline constexpr int HotKeyCount = 24;
+std::span<const WallShape> hotKeyShapes();
 std::span<const Command> commands();
 const Command* findCommand(QByteArrayView keyword); // upper case
 // Every setting the command reads, writes or resets, for any output or argument.
@@ -169,19 +203,5 @@ Result<Value> parseReply(const Setting& s, QByteArrayView chunk);
 Result<Write> writeLine(const Setting& s, Value v);
 // The wall placement writes rows, columns and one output's tile together.
 Result<QList<Write>> placementLines(int rows, int cols, int output, int position);
-
-// The controller's side: one command line as it reads it, and its answer.
-struct Request {
-    QByteArray keyword;               // first word, upper-cased; empty for a blank line
-    const Command* command = nullptr; // nullptr: unknown keyword or arguments refused
-    std::array<Value, 3> args{};      // numbers as read; a written address is in `values`
-    QList<const Setting*> settings;   // what the command reads, writes or resets
-    QList<Value> values;              // Write, Reset: the new value of each setting, if it applies
-    bool applies = true;              // false: out of range, acknowledged but not applied
-    QString note;                     // why refused or not applied
-};
-Request parseCommand(QByteArrayView line);
-// With the values its settings hold after the command; empty when the controller is silent.
-QByteArray replyText(const Request& request, const QList<Value>& current);
 
 } // namespace protocol

@@ -4,17 +4,20 @@
 
 namespace reply {
 
+QString field(const QString& chunk, protocol::Field f) {
+    return legacy::mid(chunk, f.start, f.length);
+}
 QString key(const QString& chunk) {
-    return legacy::mid(chunk, 1, 4);
+    return field(chunk, protocol::KeyField);
 }
 QString value(const QString& chunk) {
-    return legacy::mid(chunk, 5, 3);
+    return field(chunk, protocol::ValueField);
 }
 QString longKey(const QString& chunk) {
-    return legacy::mid(chunk, 8, 4);
+    return field(chunk, protocol::SecondKeyField);
 }
 QString longValue(const QString& chunk) {
-    return legacy::mid(chunk, 12, 3);
+    return field(chunk, protocol::LongValueField);
 }
 
 } // namespace reply

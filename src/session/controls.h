@@ -1,5 +1,7 @@
 #pragma once
 
+#include "protocol/catalogue.h"
+
 #include <array>
 
 class QCheckBox;
@@ -11,6 +13,9 @@ class QProgressBar;
 class QPushButton;
 class QRadioButton;
 class QScrollBar;
+
+// The pages, each a frame_control, chosen by its selector.
+inline constexpr int PageCount = 6;
 
 // Every control of the main window. Arrays keep the window's own indexes; arrays that
 // count from 1 (outputs, slots) leave element 0 empty. Each control's objectName is its
@@ -53,10 +58,14 @@ struct Controls {
     QPushButton* btn_ip_set = nullptr;
     QPushButton* btn_ip_relink = nullptr;
 
-    std::array<QGroupBox*, 6> frame_control{};
+    std::array<QGroupBox*, PageCount> frame_control{};
+    // The selector of each page, in page order.
+    std::array<QRadioButton*, PageCount> pageSelectors() const {
+        return {opt_tv1, opt_tv2, opt_io, opt_image, opt_tv3, opt_tv4};
+    }
 
     // Page 0: preset wall shapes
-    std::array<QPushButton*, 24> btn_tv_fs{};
+    std::array<QPushButton*, protocol::HotKeyCount> btn_tv_fs{};
 
     // Page 1: wall geometry, bezel correction, bypass
     QComboBox* cbo_tv_row = nullptr;

@@ -10,8 +10,13 @@
 
 namespace {
 
-// Steps of the status read, each released by its reply.
+// Steps of the status read, each released by its reply, and the settings they read.
 enum Step { Power = 1, Model, Bypass, BezelMode, Firmware };
+constexpr const char* StepSettings[] = {"power", "model", "bypass", "bezel.mode", "firmware"};
+
+QByteArray readOf(Step step) {
+    return protocol::readLine(protocol::setting(StepSettings[step - 1]));
+}
 
 } // namespace
 
@@ -20,21 +25,20 @@ StatusRead::StatusRead(Session& session) : s_(session) {}
 void StatusRead::ReadStatus() {
     if (!s_.guard())
         return;
-    static const char* const reads[] = {"RPOW", "RMDN", "RBY", "RBEZ", "RVER"};
-    s_.request(step_, 5, [](int k) { return command::line(QLatin1String(reads[k])); });
+    s_.request(step_, Firmware, [](int k) { return readOf(Step(k + 1)); });
 }
 
 bool StatusRead::readBypass() {
-    return s_.request(step_, {command::line(QStringLiteral("RBY"))}, {.from = Bypass});
+    return s_.request(step_, {readOf(Bypass)}, {.from = Bypass});
 }
 
 bool StatusRead::readBezelMode() {
-    return s_.request(step_, {command::line(QStringLiteral("RBEZ"))}, {.from = BezelMode});
+    return s_.request(step_, {readOf(BezelMode)}, {.from = BezelMode});
 }
 
 bool StatusRead::readBypassThenBezelMode(const std::function<void()>& between) {
     return s_.request(step_,
-                      {command::line(QStringLiteral("RBY")), command::line(QStringLiteral("RBEZ"))},
+                      {readOf(Bypass), readOf(BezelMode)},
                       {.from = Bypass, .answered = [&between](int replies) {
                            if (replies == 1)
                                between();
@@ -42,33 +46,40 @@ bool StatusRead::readBypassThenBezelMode(const std::function<void()>& between) {
 }
 
 bool StatusRead::switchPower(bool on, bool all) {
-    return s_.request(step_, {command::line(QStringLiteral("SPOW"), on ? 1 : 0)},
+    return s_.request(step_, {command::line(*protocol::setting("power").write, on ? 1 : 0)},
                       {.all = all, .from = Power});
 }
 
 // Options and the model list set here raise their Click; those handlers see the read
 // busy and send nothing back.
 void StatusRead::HandleStatusReply(const QString& reply) {
-    const QString key = reply::key(reply);
-    const bool on = reply::value(reply) != QLatin1String("000");
+    const int step = step_.value();
+    if (step < Power || step > Firmware ||
+        reply::key(reply) != reply::keyOf(*protocol::setting(StepSettings[step - 1]).read))
+        return;
+    const QString value = reply::value(reply);
+    const bool on = value != QLatin1String("000");
     Controls& ui = s_.ui();
-    if (key == QLatin1String("POWE") && step_.at(Power)) {
+    switch (Step(step)) {
+    case Power:
         ui.power_ctl[1]->setVisible(on);
         ui.power_ctl[0]->setVisible(false);
         ui.power_ctl[2]->setVisible(!on);
-    } else if (key == QLatin1String("MODN") && step_.at(Model)) {
-        const int model = legacy::roundHalfEven(legacy::val(reply::value(reply)));
-        if (!events::setListIndex(ui.cbo_model, model))
+        break;
+    case Model:
+        if (!events::setListIndex(ui.cbo_model, legacy::roundHalfEven(legacy::val(value))))
             return; // the list's range error ends the handler
-    } else if (key == QLatin1String("BYPA") && step_.at(Bypass)) {
+        break;
+    case Bypass:
         events::setOption(ui.opt_ch4_bypass[on ? 0 : 1]);
-    } else if (key == QLatin1String("BEZE") && step_.at(BezelMode)) {
+        break;
+    case BezelMode:
         events::setOption(ui.opt_bezel[on ? 1 : 0]);
-    } else if (key == QLatin1String("VERS") && step_.at(Firmware)) {
-        s_.setTitle(Session::Title + QStringLiteral("    FW: v") + legacy::mid(reply, 5, 1) + u'.' +
-                    legacy::mid(reply, 6, 2));
-    } else {
-        return;
+        break;
+    case Firmware: // "102" is v1.02
+        s_.setTitle(Session::Title + QStringLiteral("    FW: v") + value.left(1) + u'.' +
+                    value.mid(1, 2));
+        break;
     }
     step_.advance();
 }

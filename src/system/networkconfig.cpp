@@ -8,6 +8,20 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+namespace {
+
+constexpr int StaticSteps = 5; // mode, address, mask, gateway, restart
+
+const protocol::Command& writerOf(const char* setting) {
+    return *protocol::setting(setting).write;
+}
+
+const protocol::Command& restart() {
+    return protocol::command(protocol::Action::RestartNetwork);
+}
+
+} // namespace
+
 NetworkConfig::NetworkConfig(Session& session) : s_(session) {
     Controls& ui = s_.ui();
     QObject::connect(ui.btn_ip_get, &QPushButton::clicked, ui.btn_ip_get,
@@ -31,8 +45,8 @@ void NetworkConfig::cbo_ip_type_Click() {
 void NetworkConfig::btn_ip_get_Click() {
     if (!s_.guard())
         return;
-    s_.request(read_,
-               {command::line(QStringLiteral("RIPM")), command::line(QStringLiteral("RLINK"))});
+    s_.request(read_, {protocol::readLine(protocol::setting("network.mode")),
+                       protocol::readLine(protocol::setting("network.address"))});
 }
 
 void NetworkConfig::btn_ip_set_Click() {
@@ -48,20 +62,19 @@ void NetworkConfig::btn_ip_set_Click() {
 void NetworkConfig::writeStatic() {
     // Each box is read when its line goes out.
     const std::function<QByteArray()> steps[] = {
-        [] { return command::line(QStringLiteral("SIPM"), 1); },
-        [this] { return command::line(QStringLiteral("SIPA"), s_.ui().txt_ip->text()); },
-        [this] { return command::line(QStringLiteral("SMAA"), s_.ui().txt_net->text()); },
-        [this] { return command::line(QStringLiteral("SGAA"), s_.ui().txt_gate->text()); },
-        [] { return command::line(QStringLiteral("SREL")); }};
-    if (!s_.request(write_, 5, [&steps](int k) { return steps[k](); }))
+        [] { return command::line(writerOf("network.mode"), 1); },
+        [this] { return command::line(writerOf("network.address"), s_.ui().txt_ip->text()); },
+        [this] { return command::line(writerOf("network.mask"), s_.ui().txt_net->text()); },
+        [this] { return command::line(writerOf("network.gateway"), s_.ui().txt_gate->text()); },
+        [] { return command::line(restart()); }};
+    if (!s_.request(write_, StaticSteps, [&steps](int k) { return steps[k](); }))
         return;
     s_.information(QStringLiteral("Set STATIC IP completed, please re-link the ethernet !"));
     s_.SetOffline();
 }
 
 void NetworkConfig::writeDhcp() {
-    if (!s_.request(mode_, {command::line(QStringLiteral("SIPM"), 0),
-                            command::line(QStringLiteral("SREL"))}))
+    if (!s_.request(mode_, {command::line(writerOf("network.mode"), 0), command::line(restart())}))
         return;
     s_.information(QStringLiteral("Set DHCP completed, please re-link the ethernet !"));
     s_.SetOffline();
@@ -70,18 +83,19 @@ void NetworkConfig::writeDhcp() {
 void NetworkConfig::btn_ip_relink_Click() {
     if (!s_.guard())
         return;
-    // The mode write's second step: only "RELI" releases it.
-    if (s_.request(mode_, {command::line(QStringLiteral("SREL"))}, {.from = 2}))
+    // The mode write's second step: only the restart's acknowledgement releases it.
+    if (s_.request(mode_, {command::line(restart())}, {.from = 2}))
         s_.SetOffline();
 }
 
 namespace {
 
-// Four three-digit fields of the "IP00" block, joined as they stand (zeros kept).
-QString dotted(const QString& reply, int firstField) {
+// The address block's four three-digit fields of one part (0 address, 1 mask,
+// 2 gateway), joined as they stand (zeros kept).
+QString dotted(const QString& reply, int part) {
     QStringList octets;
-    for (int i = 0; i < 4; ++i)
-        octets << legacy::mid(reply, firstField + 7 * i, 3);
+    for (int octet = 0; octet < 4; ++octet)
+        octets << reply::field(reply, protocol::octetField(part, octet));
     return octets.join(u'.');
 }
 
@@ -89,27 +103,29 @@ QString dotted(const QString& reply, int firstField) {
 
 void NetworkConfig::HandleAddressReply(const QString& reply) {
     const QString key = reply::key(reply);
-    if (key == QLatin1String("IPMD") && read_.at(1)) {
+    if (key == reply::keyOf(*protocol::setting("network.mode").read) && read_.at(1)) {
         const int mode = legacy::roundHalfEven(legacy::val(reply::value(reply)));
         if (events::setListIndex(s_.ui().cbo_ip_type, mode))
             read_.advance();
-    } else if (key == QLatin1String("IP00") && read_.at(2)) {
-        s_.ui().txt_ip->setText(dotted(reply, 5));
-        s_.ui().txt_net->setText(dotted(reply, 33));
-        s_.ui().txt_gate->setText(dotted(reply, 61));
+    } else if (key == reply::keyOf(*protocol::setting("network.address").read) && read_.at(2)) {
+        s_.ui().txt_ip->setText(dotted(reply, 0));
+        s_.ui().txt_net->setText(dotted(reply, 1));
+        s_.ui().txt_gate->setText(dotted(reply, 2));
         read_.advance();
     }
 }
 
 // The static write's acknowledgements in order, and the mode write's.
 void NetworkConfig::HandleNetworkAck(const QString& reply) {
-    static const char* const staticAcks[] = {"IPMD", "IPA0", "MAA0", "GAA0", "RELI"};
-    static const char* const modeAcks[] = {"IPMD", "RELI"};
+    static const protocol::Command* const staticAcks[StaticSteps] = {
+        &writerOf("network.mode"), &writerOf("network.address"), &writerOf("network.mask"),
+        &writerOf("network.gateway"), &restart()};
+    static const protocol::Command* const modeAcks[] = {&writerOf("network.mode"), &restart()};
     const QString key = reply::key(reply);
     const int set = write_.value();
     const int mode = mode_.value();
-    if (set >= 1 && set <= 5 && key == QLatin1String(staticAcks[set - 1]))
+    if (set >= 1 && set <= StaticSteps && key == reply::keyOf(*staticAcks[set - 1]))
         write_.advance();
-    else if (mode >= 1 && mode <= 2 && key == QLatin1String(modeAcks[mode - 1]))
+    else if (mode >= 1 && mode <= 2 && key == reply::keyOf(*modeAcks[mode - 1]))
         mode_.advance();
 }

@@ -41,18 +41,19 @@ void PowerModel::power_ctl_Click(int index) {
         s_.SetOffline();
 }
 
-// A status read sets this list from the "MODN" reply; that must not send it back.
+// A status read sets this list from the controller's reply; that must not send it back.
 void PowerModel::cbo_model_Click() {
     if (!s_.guard(Session::Refusal::ClearModelFirst) || status_.busy())
         return;
-    s_.send(command::line(QStringLiteral("SMDN"), s_.ui().cbo_model->currentIndex()));
+    s_.send(command::line(*protocol::setting("model").write, s_.ui().cbo_model->currentIndex()));
 }
 
-// No question first. The controller restarts after "DEFA", so the link is given up.
+// No question first. The controller restarts after its acknowledgement, so the link is
+// given up.
 void PowerModel::btn_sys_fac_rst_Click() {
     if (!s_.guard())
         return;
-    if (!s_.request(reset_, {command::line(QStringLiteral("SDEF"))},
+    if (!s_.request(reset_, {command::line(protocol::command(protocol::Action::FactoryReset))},
                     {.all = s_.ui().Check1[ResetAllIpBox]->isChecked()}))
         return;
     s_.SetOffline();
@@ -60,6 +61,7 @@ void PowerModel::btn_sys_fac_rst_Click() {
 }
 
 void PowerModel::HandleResetReply(const QString& reply) {
-    if (reply::key(reply) == QLatin1String("DEFA") && reset_.at(1))
+    if (reply::key(reply) == reply::keyOf(protocol::command(protocol::Action::FactoryReset)) &&
+        reset_.at(1))
         reset_.advance();
 }

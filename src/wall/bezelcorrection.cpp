@@ -12,7 +12,22 @@
 
 namespace {
 
-constexpr int DefaultBezel = 10;
+// The two columns of lists, each a family kept per output; a column's members 1..4 are
+// the outputs. Steps 1-4 are the H column's outputs, 5-8 the V column's.
+struct BezelColumn {
+    const char* family;
+    std::array<QComboBox*, 5> Controls::*lists;
+};
+constexpr BezelColumn Columns[2] = {{"bezel.h", &Controls::cbo_val_H},
+                                    {"bezel.v", &Controls::cbo_val_V}};
+
+const protocol::Setting& settingAt(int k) { // k = step - 1
+    return protocol::setting(Columns[k / 4].family, k % 4 + 1);
+}
+
+const protocol::Command& resetBezel() {
+    return protocol::command(protocol::Action::ResetBezel);
+}
 
 } // namespace
 
@@ -40,8 +55,9 @@ void BezelCorrection::btn_H_Bezel_send_Click() {
     // Outputs 1-4 of the H column, then of the V column; each box is read in its turn.
     const bool sent = s_.request(write_, 8, [this](int k) {
         const int n = k % 4 + 1;
-        QComboBox* box = k < 4 ? s_.ui().cbo_val_H[n] : s_.ui().cbo_val_V[n];
-        return command::line(QLatin1String(k < 4 ? "SCBH" : "SCBV"), n, box->currentIndex());
+        const protocol::Setting& setting = settingAt(k);
+        QComboBox* box = (s_.ui().*Columns[k / 4].lists)[n];
+        return command::line(*setting.write, n, box->currentIndex() + int(setting.min));
     });
     if (sent)
         status_.readBezelMode();
@@ -50,9 +66,7 @@ void BezelCorrection::btn_H_Bezel_send_Click() {
 void BezelCorrection::btn_panomat_refresh_Click() {
     if (!s_.guard())
         return;
-    s_.request(read_, 8, [](int k) {
-        return command::line(QLatin1String(k < 4 ? "RCBH" : "RCBV"), k % 4 + 1);
-    });
+    s_.request(read_, 8, [](int k) { return protocol::readLine(settingAt(k)); });
 }
 
 // The defaults show at once, before the controller has answered.
@@ -60,12 +74,13 @@ void BezelCorrection::btn_panomat_reset_Click() {
     if (!s_.guard())
         return;
     const auto showDefaults = [this] {
-        for (int n = 1; n <= 4; ++n)
-            s_.ui().cbo_val_H[n]->setCurrentIndex(DefaultBezel);
-        for (int n = 1; n <= 4; ++n)
-            s_.ui().cbo_val_V[n]->setCurrentIndex(DefaultBezel);
+        for (int k = 0; k < 8; ++k) {
+            const protocol::Setting& setting = settingAt(k);
+            (s_.ui().*Columns[k / 4].lists)[k % 4 + 1]->setCurrentIndex(
+                int(setting.factory - setting.min));
+        }
     };
-    if (s_.request(default_, {command::line(QStringLiteral("SWDE"))}, {.armed = showDefaults}))
+    if (s_.request(default_, {command::line(resetBezel())}, {.armed = showDefaults}))
         status_.readBypass();
 }
 
@@ -76,40 +91,39 @@ void BezelCorrection::opt_bezel_Click(int index) {
         return;
     if (status_.busy())
         return; // the status read is setting the option, not the operator
-    s_.sendTo(s_.ui().Check1[2]->isChecked(), command::line(QStringLiteral("SBEZ"), index));
+    s_.sendTo(s_.ui().Check1[2]->isChecked(),
+              command::line(*protocol::setting("bezel.mode").write, index));
 }
 
 // The replies do not name the output: the step says which box the value belongs to.
 // Key and value sit at characters 8-11 and 12-14 of these replies.
 void BezelCorrection::HandleBezelValueReply(const QString& reply) {
-    const QString key = reply::longKey(reply);
     const int step = read_.value();
+    if (step < 1 || step > 8 ||
+        reply::longKey(reply) != reply::secondKeyOf(*settingAt(step - 1).read))
+        return;
     const int value = legacy::roundHalfEven(legacy::val(reply::longValue(reply)));
-    QComboBox* box = nullptr;
-    if (key == QLatin1String("CBHV") && step >= 1 && step <= 4)
-        box = s_.ui().cbo_val_H[step];
-    else if (key == QLatin1String("CBVV") && step >= 5 && step <= 8)
-        box = s_.ui().cbo_val_V[step - 4];
-    if (!box || !events::setListIndex(box, value))
+    QComboBox* box = (s_.ui().*Columns[(step - 1) / 4].lists)[(step - 1) % 4 + 1];
+    if (!events::setListIndex(box, value - int(settingAt(step - 1).min)))
         return;
     read_.advance();
 }
 
-// Acknowledgements advance strictly in order: "CBHC001".."CBHC004", "CBVC001".."CBVC004".
+// Acknowledgements advance strictly in order: the H column's for outputs 001..004, then
+// the V column's.
 void BezelCorrection::HandleBezelAckReply(const QString& reply) {
     const QString key = reply::key(reply);
     const QString value = reply::value(reply);
     const int step = write_.value();
     if (step < 1 || step > 8)
         return;
-    const bool horizontal = step <= 4;
-    const int output = horizontal ? step : step - 4;
-    if (key == QLatin1String(horizontal ? "CBHC" : "CBVC") &&
+    const int output = (step - 1) % 4 + 1;
+    if (key == reply::keyOf(*settingAt(step - 1).write) &&
         value == QStringLiteral("00%1").arg(output))
         write_.advance();
 }
 
 void BezelCorrection::HandleWallDefaultReply(const QString& reply) {
-    if (reply::key(reply) == QLatin1String("WDEF") && default_.at(1))
+    if (reply::key(reply) == reply::keyOf(resetBezel()) && default_.at(1))
         default_.advance();
 }

@@ -10,25 +10,16 @@
 
 namespace {
 
-constexpr int Zero = 255; // bar position of no trim
-constexpr int Top = 510;
+// The bars in groups of four, one group a family kept per output: bar i shows the
+// trim of family i / 4 for output i % 4 + 1.
+constexpr const char* Families[4] = {"trim.h_start", "trim.h_end", "trim.v_start", "trim.v_end"};
 
-// Per group (bar index div 4): the set keywords, which already end in a blank and get
-// one more before the output number, the read keyword, the reply's group key and the
-// reply's sign key meaning plus.
-struct Group {
-    const char* minus;
-    const char* plus;
-    const char* read;
-    const char* key;
-    const char* plusKey;
-};
-constexpr Group Groups[4] = {
-    {"SMCHS ", "SPCHS ", "RCHS", "CHSC", "PHSV"},
-    {"SMCHE ", "SPCHE ", "RCHE", "CHEC", "PHEV"},
-    {"SMCVS ", "SPCVS ", "RCVS", "CVSC", "PVSV"},
-    {"SMCVE ", "SPCVE ", "RCVE", "CVEC", "PVEV"},
-};
+const protocol::Setting& trimOf(int bar) {
+    return protocol::setting(Families[bar / 4], bar % 4 + 1);
+}
+
+// A bar runs from the trim's minimum at 0 to its maximum; Zero is no trim.
+const int Zero = int(-trimOf(0).min);
 
 } // namespace
 
@@ -61,12 +52,9 @@ void PositionTrim::HS_A_Change(int index) {
         return;
     const int output = index % 4 + 1;
     const int position = s_.ui().HS_A[index]->value();
-    const Group& group = Groups[index / 4];
     showTrim(index, position);
-    if (position < Zero)
-        s_.send(command::line(QLatin1String(group.minus), output, Zero - position));
-    else
-        s_.send(command::line(QLatin1String(group.plus), output, position - Zero));
+    s_.send(command::line(command::writer(trimOf(index), position < Zero), output,
+                          qAbs(position - Zero)));
 }
 
 void PositionTrim::HS_A_Scroll(int index) {
@@ -96,7 +84,7 @@ void PositionTrim::ReadPositionTrim() {
     ui.ProgressBar1->setValue(0);
     const bool read = s_.request(
         read_, 16,
-        [](int k) { return command::line(QLatin1String(Groups[k / 4].read), k % 4 + 1); },
+        [](int k) { return protocol::readLine(trimOf(k)); },
         {.answered = [&ui](int replies) {
             if (replies % 4 == 0)
                 ui.ProgressBar1->setValue(replies / 4 * 25);
@@ -111,16 +99,16 @@ void PositionTrim::HandleTrimReply(const QString& reply) {
     const int step = read_.value();
     if (step < 1 || step > 16)
         return;
-    const Group& group = Groups[(step - 1) / 4];
-    if (reply::key(reply) != QLatin1String(group.key))
+    const protocol::Command& read = *trimOf(step - 1).read;
+    if (reply::key(reply) != reply::keyOf(read))
         return;
     const long magnitude = legacy::roundHalfEven(legacy::val(reply::longValue(reply)));
-    const bool plus = reply::longKey(reply) == QLatin1String(group.plusKey);
+    const bool plus = reply::longKey(reply) == reply::secondKeyOf(read);
     const long position = plus ? Zero + magnitude : Zero - magnitude;
-    // Outside the bar's range the reply is dropped and the read keeps waiting.
-    if (position < 0 || position > Top)
-        return;
     QScrollBar* bar = s_.ui().HS_A[step - 1];
+    // Outside the bar's range the reply is dropped and the read keeps waiting.
+    if (position < bar->minimum() || position > bar->maximum())
+        return;
     bar->setValue(static_cast<int>(position));
     s_.ui().value_posi[step - 1]->setText((plus ? u'+' : u'-') + legacy::plainText(magnitude));
     read_.advance();

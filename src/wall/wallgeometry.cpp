@@ -10,14 +10,26 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 
+namespace {
+
+// Rows, columns and the output placed; then the output and its tile.
+const protocol::Command& sizeCommand() {
+    return *protocol::setting("wall.rows").write;
+}
+const protocol::Command& tileCommand() {
+    return *protocol::setting("wall.position.a").write;
+}
+
+} // namespace
+
 WallGeometry::WallGeometry(Session& session) : s_(session) {
     Controls& ui = s_.ui();
     events::onClick(ui.cbo_tv_row, [this] { cbo_tv_row_Click(); });
     events::onClick(ui.cbo_tv_col, [this] { cbo_tv_col_Click(); });
     events::onClick(ui.cbo_tv_ch, [this] { cbo_tv_ch_Click(); });
     events::onClick(ui.cbo_tv_posi, [this] { cbo_tv_posi_Click(); });
-    events::onChange(ui.cbo_tv_row, [this] { typedSize(s_.ui().cbo_tv_row, wall_rows); });
-    events::onChange(ui.cbo_tv_col, [this] { typedSize(s_.ui().cbo_tv_col, wall_cols); });
+    events::onChange(ui.cbo_tv_row, [this] { typedSize(s_.ui().cbo_tv_row, wall_rows, "wall.rows"); });
+    events::onChange(ui.cbo_tv_col, [this] { typedSize(s_.ui().cbo_tv_col, wall_cols, "wall.cols"); });
     events::onChange(ui.cbo_tv_posi, [this] { cbo_tv_posi_Change(); });
     QObject::connect(ui.btn_panomat_send, &QPushButton::clicked,
                      [this] { btn_panomat_send_Click(); });
@@ -43,14 +55,16 @@ void WallGeometry::cbo_tv_posi_Click() {
 
 // Rows and columns are checked on every keystroke, so a half-typed number may already
 // be refused. A fraction is stored rounded, halves to even.
-void WallGeometry::typedSize(QComboBox* box, quint8& variable) {
+void WallGeometry::typedSize(QComboBox* box, quint8& variable, const char* setting) {
+    const protocol::Setting& size = protocol::setting(setting);
     const QString text = box->currentText();
-    if (const auto byte = legacy::toByte(text); byte && legacy::typedWithin(text, 0, 16)) {
+    if (const auto byte = legacy::toByte(text);
+        byte && legacy::typedWithin(text, double(size.min) - 1, double(size.max) + 1)) {
         variable = *byte;
         RebuildPositionList();
         return;
     }
-    s_.exclamation(QStringLiteral("Please type 1 ~ 15!"));
+    s_.exclamation(QStringLiteral("Please type %1 ~ %2!").arg(size.min).arg(size.max));
 }
 
 void WallGeometry::cbo_tv_posi_Change() {
@@ -86,14 +100,17 @@ void WallGeometry::RebuildPositionList() {
 void WallGeometry::btn_panomat_send_Click() {
     if (!s_.guard())
         return;
-    if (wall_channel < 1 || wall_channel > 4 || wall_rows < 1 || wall_rows > 15 || wall_cols < 1 ||
-        wall_cols > 15) {
+    const auto within = [](int v, const char* setting) {
+        return protocol::rangeError(protocol::setting(setting), v).isEmpty();
+    };
+    if (wall_channel < 1 || wall_channel > protocol::OutputCount ||
+        !within(wall_rows, "wall.rows") || !within(wall_cols, "wall.cols")) {
         s_.exclamation(QStringLiteral("Please choose the correct values !"));
         return;
     }
     const QByteArray size =
-        command::line(QStringLiteral("SMNC"), wall_rows, wall_cols, wall_channel);
-    const QByteArray tile = command::line(QStringLiteral("SCO"), wall_channel, wall_position);
+        command::line(sizeCommand(), wall_rows, wall_cols, wall_channel);
+    const QByteArray tile = command::line(tileCommand(), wall_channel, wall_position);
     // With ALL IP every controller gets each line, but only the selected one's
     // acknowledgement is read.
     const bool all = s_.ui().chk_tv_allip[0]->isChecked();
@@ -102,7 +119,7 @@ void WallGeometry::btn_panomat_send_Click() {
 
 void WallGeometry::OnWallReply(const QString& reply) {
     const QString key = reply::key(reply);
-    if ((key == QLatin1String("MNCM") && send_.at(1)) ||
-        (key == QLatin1String("COCH") && send_.at(2)))
+    if ((key == reply::keyOf(sizeCommand()) && send_.at(1)) ||
+        (key == reply::keyOf(tileCommand()) && send_.at(2)))
         send_.advance();
 }

@@ -23,7 +23,7 @@ private:
     void cbo_tv_col_Click();
     void cbo_tv_ch_Click();
     void cbo_tv_posi_Click();
-    void typedSize(QComboBox* box, quint8& variable);
+    void typedSize(QComboBox* box, quint8& variable, const char* setting);
     void cbo_tv_posi_Change();
     quint8 tileCount() const;
 

@@ -247,9 +247,8 @@ void Form1::buildMenus() {
 void Form1::buildShortcuts() {
     connect(new QShortcut(QKeySequence(Qt::Key_F5), this), &QShortcut::activated,
             ui.btn_sys_refresh, &QAbstractButton::click);
-    QRadioButton* const pages[] = {ui.opt_tv1,   ui.opt_tv2, ui.opt_io,
-                                   ui.opt_image, ui.opt_tv3, ui.opt_tv4};
-    for (int page = 0; page < 6; ++page)
+    const auto pages = ui.pageSelectors();
+    for (int page = 0; page < PageCount; ++page)
         connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + page)), this),
                 &QShortcut::activated, pages[page], &QAbstractButton::click);
 }
@@ -278,11 +277,9 @@ void Form1::addReplyHandlers() {
 }
 
 void Form1::connectPageSelectors() {
-    const std::pair<QRadioButton*, int> selectors[] = {{ui.opt_tv1, 0}, {ui.opt_tv2, 1},
-                                                       {ui.opt_io, 2},  {ui.opt_image, 3},
-                                                       {ui.opt_tv3, 4}, {ui.opt_tv4, 5}};
-    for (auto [option, page] : selectors)
-        connect(option, &QRadioButton::clicked, this, [this, page = page] { ShowPage(page); });
+    const auto pages = ui.pageSelectors();
+    for (int page = 0; page < PageCount; ++page)
+        connect(pages[page], &QRadioButton::clicked, this, [this, page] { ShowPage(page); });
 }
 
 void Form1::Form_Load() {
@@ -303,53 +300,55 @@ void fill(QComboBox* box, const QStringList& items) {
         box->setEditText(hint);
 }
 
-QStringList numbers(int from, int to, QString (*text)(long)) {
-    QStringList items;
-    for (int i = from; i <= to; ++i)
-        items << text(i);
-    return items;
+// A setting's values from minimum to maximum: its words, or its numbers as text()
+// writes them.
+QStringList items(QAnyStringView setting, QString (*text)(long) = legacy::plainText) {
+    const protocol::Setting& s = protocol::setting(setting);
+    if (!s.labels.isEmpty())
+        return s.labels;
+    QStringList values;
+    for (auto v = s.min; v <= s.max; ++v)
+        values << text(long(v));
+    return values;
 }
 
 } // namespace
 
+// Each list shows its setting's values from the minimum, as words where the catalogue
+// has them; the bezel and wall lists write theirs with a leading blank.
 void Form1::fillLists() {
+    const protocol::Setting& trim = protocol::setting("trim.h_start.a");
     for (QScrollBar* bar : ui.HS_A) {
-        bar->setMaximum(510);
+        bar->setMaximum(int(trim.max - trim.min));
         bar->setMinimum(0);
     }
-    const QStringList bezelValues = numbers(0, 255, legacy::signedText);
-    for (int n = 1; n <= 4; ++n)
+    const QStringList bezelValues = items("bezel.h.a", legacy::signedText);
+    for (int n = 1; n <= protocol::OutputCount; ++n)
         fill(ui.cbo_val_H[n], bezelValues);
-    for (int n = 1; n <= 4; ++n)
+    for (int n = 1; n <= protocol::OutputCount; ++n)
         fill(ui.cbo_val_V[n], bezelValues);
-    fill(ui.cbo_tv_row, numbers(1, 15, legacy::signedText));
-    fill(ui.cbo_tv_col, numbers(1, 15, legacy::signedText));
-    fill(ui.cbo_tv_ch, {QStringLiteral("Out A"), QStringLiteral("Out B"), QStringLiteral("Out C"),
-                        QStringLiteral("Out D")});
-    fill(ui.cbo_ip_type, {QStringLiteral("DHCP"), QStringLiteral("STATIC")});
-    fill(ui.cbo_info_play, {QStringLiteral("OFF"), QStringLiteral("ON")});
-    fill(ui.cbo_reso,
-         {QStringLiteral("720p50"), QStringLiteral("720p60"), QStringLiteral("1080p24"),
-          QStringLiteral("1080p25"), QStringLiteral("1080p30"), QStringLiteral("1080p50"),
-          QStringLiteral("1080p60"), QStringLiteral("1024x768 60"), QStringLiteral("1280x800 60"),
-          QStringLiteral("1280x1024 60"), QStringLiteral("1366x768 60"),
-          QStringLiteral("1440x900 60"), QStringLiteral("1600x900 60"),
-          QStringLiteral("1600x1200 60"), QStringLiteral("1680x1050 60"),
-          QStringLiteral("1920x1200 60"), QStringLiteral("Native")});
-    const QStringList percent = numbers(0, 100, legacy::plainText);
-    for (auto* lists : {&ui.cbo_image_bri, &ui.cbo_image_con, &ui.cbo_image_sat, &ui.cbo_image_hue})
-        for (int n = 1; n <= 4; ++n)
-            fill((*lists)[n], percent);
-    fill(ui.cbo_osd[0], numbers(0, 20, legacy::plainText));
-    fill(ui.cbo_osd[1], numbers(0, 20, legacy::plainText));
-    fill(ui.cbo_osd_gain, numbers(0, 10, legacy::plainText));
+    fill(ui.cbo_tv_row, items("wall.rows", legacy::signedText));
+    fill(ui.cbo_tv_col, items("wall.cols", legacy::signedText));
+    QStringList outputs;
+    for (int n = 1; n <= protocol::OutputCount; ++n)
+        outputs << protocol::outputName(n);
+    fill(ui.cbo_tv_ch, outputs);
+    fill(ui.cbo_ip_type, items("network.mode"));
+    fill(ui.cbo_info_play, items("osd.display"));
+    fill(ui.cbo_reso, items("resolution"));
+    for (int parameter = 0; parameter < 4; ++parameter)
+        for (int n = 1; n <= protocol::OutputCount; ++n)
+            fill(pictureRow(ui, parameter)[n], items(pictureSetting(parameter, n).name));
+    fill(ui.cbo_osd[0], items("osd.h_offset"));
+    fill(ui.cbo_osd[1], items("osd.v_offset"));
+    fill(ui.cbo_osd_gain, items("osd.gain"));
     session_->SetOffline();
-    fill(ui.cbo_osd_time, numbers(2, 50, legacy::plainText));
+    fill(ui.cbo_osd_time, items("osd.timeout"));
 }
 
 // All pages share one place in the layout, at the pages' corner.
 void Form1::ShowPage(int page) {
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < PageCount; ++i)
         ui.frame_control[i]->setVisible(i == page);
 }
 

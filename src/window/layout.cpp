@@ -1,5 +1,6 @@
 #include "window/layout.h"
 
+#include "protocol/catalogue.h"
 #include "session/events.h"
 
 #include <QApplication>
@@ -217,12 +218,11 @@ QVBoxLayout* pageSelectors(Controls& ui) {
 }
 
 void buildHotKeyPage(QGroupBox* page, Controls& ui) {
-    static const char* shapes[24] = {"1x1", "2x2", "3x3", "4x4", "5x5", "6x6", "2x3", "3x2",
-                                     "3x4", "4x2", "4x3", "4x5", "1x2", "2x1", "1x3", "3x1",
-                                     "1x4", "4x1", "2x4", "3x5", "5x4", "5x3", "6x2", "6x3"};
+    const auto shapes = protocol::hotKeyShapes();
     auto* grid = new QGridLayout(page);
-    for (int i = 0; i < 24; ++i) {
-        ui.btn_tv_fs[i] = button(indexed("btn_tv_fs", i), QLatin1String(shapes[i]));
+    for (int i = 0; i < int(ui.btn_tv_fs.size()); ++i) {
+        ui.btn_tv_fs[i] = button(indexed("btn_tv_fs", i),
+                                 QStringLiteral("%1x%2").arg(shapes[i].rows).arg(shapes[i].cols));
         ui.btn_tv_fs[i]->setMinimumHeight(48);
         grid->addWidget(ui.btn_tv_fs[i], i / 6, i % 6);
     }
@@ -258,11 +258,10 @@ QGroupBox* bezelCorrection(Controls& ui) {
     auto* grid = new QGridLayout(group);
     grid->addWidget(label(QStringLiteral("H Correction")), 0, 1);
     grid->addWidget(label(QStringLiteral("V Correction")), 0, 2);
-    static const char* outs[] = {"", "Out A", "Out B", "Out C", "Out D"};
-    for (int n = 1; n <= 4; ++n) {
+    for (int n = 1; n <= protocol::OutputCount; ++n) {
         ui.cbo_val_H[n] = list(indexed("cbo_val_H", n));
         ui.cbo_val_V[n] = list(indexed("cbo_val_V", n));
-        grid->addWidget(label(QLatin1String(outs[n])), n, 0);
+        grid->addWidget(label(protocol::outputName(n)), n, 0);
         grid->addWidget(ui.cbo_val_H[n], n, 1);
         grid->addWidget(ui.cbo_val_V[n], n, 2);
     }
@@ -408,10 +407,9 @@ void buildFavouritesPage(QGroupBox* page, Controls& ui) {
 
 void buildPositionPage(QGroupBox* page, Controls& ui) {
     auto* grid = new QGridLayout(page);
-    static const char* outs[] = {"Out A", "Out B", "Out C", "Out D"};
     static const char* groups[] = {"H Start Value", "H End Value", "V Start Value", "V End Value"};
-    for (int n = 0; n < 4; ++n)
-        grid->addWidget(label(QLatin1String(outs[n])), 0, 1 + 2 * n, 1, 2, Qt::AlignCenter);
+    for (int n = 0; n < protocol::OutputCount; ++n)
+        grid->addWidget(label(protocol::outputName(n + 1)), 0, 1 + 2 * n, 1, 2, Qt::AlignCenter);
     for (int g = 0; g < 4; ++g) {
         grid->addWidget(label(QLatin1String(groups[g])), g + 1, 0);
         for (int n = 0; n < 4; ++n) {
@@ -458,7 +456,7 @@ QGridLayout* pageCell(Controls& ui) {
     static const char* captions[] = {"Panomat Setup", "Panomat Setup", "I/O Setup",
                                      "Image Adjust",  "Panomat Setup", "Panomat Setup"};
     auto* cell = new QGridLayout;
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < PageCount; ++i) {
         ui.frame_control[i] = frame(indexed("frame_control", i), QLatin1String(captions[i]));
         QSizePolicy keepPlace(QSizePolicy::Expanding, QSizePolicy::Expanding);
         keepPlace.setRetainSizeWhenHidden(true);

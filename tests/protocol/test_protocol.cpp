@@ -2,6 +2,7 @@
 // and command lines as the controller reads them.
 
 #include "protocol/catalogue.h"
+#include "protocol/controllerside.h"
 #include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
 #include "protocol/wallplan.h"
@@ -33,7 +34,7 @@ QString namesOf(const QList<const Setting*>& settings) {
 }
 
 // What the controller answers while its settings hold their factory values.
-QByteArray factoryReply(const Request& q) {
+QByteArray factoryReply(const ParsedCommand& q) {
     QList<Value> current;
     for (const Setting* s : q.settings)
         current << s->factory;
@@ -222,7 +223,7 @@ void TestProtocol::roundTrips() {
     QVERIFY2(rangeError(s, s.factory).isEmpty(), qPrintable(rangeError(s, s.factory)));
     for (const Value v : {s.min, s.max, s.factory}) {
         if (s.readable()) {
-            const Request q = parseCommand(readLine(s));
+            const ParsedCommand q = parseCommand(readLine(s));
             QVERIFY(q.settings.contains(&s));
             QList<Value> current;
             for (const Setting* each : q.settings)
@@ -234,7 +235,7 @@ void TestProtocol::roundTrips() {
         if (s.writable() && s.group != Group::Wall) {
             const Result<Write> w = writeLine(s, v);
             QVERIFY2(w, qPrintable(w.error));
-            const Request q = parseCommand(w->line);
+            const ParsedCommand q = parseCommand(w->line);
             QVERIFY2(q.command && q.applies, qPrintable(q.note));
             QCOMPARE(namesOf(q.settings), s.name);
             QCOMPARE(q.values, QList<Value>{v});
@@ -283,7 +284,7 @@ void TestProtocol::controllerReads() {
     QFETCH(QString, values);
     QFETCH(QString, note);
     QFETCH(QString, reply);
-    const Request q = parseCommand(line.toLatin1());
+    const ParsedCommand q = parseCommand(line.toLatin1());
     QCOMPARE(q.note, note);
     QCOMPARE(namesOf(q.settings), settings);
     QCOMPARE(q.command == nullptr, !note.isEmpty() && note != NotApplied);

@@ -28,6 +28,16 @@ double contrast(const QColor& a, const QColor& b) {
     return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
 }
 
+// Counts the paint events a widget gets.
+struct Painted : QObject {
+    explicit Painted(QWidget* widget) { widget->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        count += event->type() == QEvent::Paint;
+        return false;
+    }
+    int count = 0;
+};
+
 // Which of the frames and system controls can be used.
 QStringList enabled(Form1& form) {
     QStringList names;
@@ -316,6 +326,15 @@ private slots:
         form.ui.ProgressBar1->setVisible(true);
         QTest::qWait(20);
         QCOMPARE(form.ui.btn_sys_search->mapTo(&form, QPoint(0, 0)), before);
+        // The window paces its painting: a progress value is painted with the next frame,
+        // not at once in the middle of a refresh.
+        Painted painted(form.ui.ProgressBar1);
+        QTRY_VERIFY(painted.count > 0);
+        QTest::qWait(50);
+        const int shown = painted.count;
+        form.ui.ProgressBar1->setValue(37);
+        QCOMPARE(painted.count, shown);
+        QTRY_VERIFY(painted.count > shown);
     }
 
     void stopWaitingLeavesAStrandedWait_data() {

@@ -112,18 +112,12 @@ private slots:
         QTest::addColumn<QString>("control");
         QTest::addColumn<QString>("typed");  // "\r" is Enter
         QTest::addColumn<QString>("result"); // the line sent, or the warning of a refusal
-        QTest::newRow("loose upper") << "cbo_image_hue(4)"
-                                     << "100.5\r"
-                                     << "SHUE 4 100.5";
-        QTest::newRow("loose lower") << "cbo_image_con(3)"
-                                     << "-0.5\r"
-                                     << "SCON 3 -0.5";
-        QTest::newRow("101") << "cbo_image_bri(2)"
-                             << "101\r"
-                             << "Please type 0 ~ 100";
-        QTest::newRow("x") << "cbo_image_sat(3)"
-                           << "x\r"
-                           << "Please type 0 ~ 100";
+        for (auto [tag, control, typed, result] :
+             {std::array{"loose upper", "cbo_image_hue(4)", "100.5\r", "SHUE 4 100.5"},
+              {"loose lower", "cbo_image_con(3)", "-0.5\r", "SCON 3 -0.5"},
+              {"101", "cbo_image_bri(2)", "101\r", "Please type 0 ~ 100"},
+              {"x", "cbo_image_sat(3)", "x\r", "Please type 0 ~ 100"}})
+            QTest::newRow(tag) << QString(control) << QString(typed) << QString(result);
     }
 
     // Typed values with Enter, as typed, to the selected controller only.

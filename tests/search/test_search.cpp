@@ -9,6 +9,7 @@
 #include "zedaresults.h"
 
 #include "support/datalimit.h"
+#include "support/files.h"
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtTest>
@@ -42,10 +43,12 @@ QProcessEnvironment withoutUserLists(const SearchFolder& folder) {
 struct Run {
     int exitCode = -1;
     QByteArray said; // stderr
+    QByteArray out;
 };
 
-// Runs the folder's ZEDA.exe with hosts from the environment (none: its ZEDA.conf),
-// turning this process's event loop meanwhile so servers here can answer.
+// Runs the folder's ZEDA.exe from another working folder with hosts from the environment
+// (none: its ZEDA.conf), turning this process's event loop meanwhile so servers here can
+// answer.
 Run runSearch(const SearchFolder& folder, const QByteArray& hosts,
               const QStringList& arguments = {}, const std::function<void()>& inChild = {}) {
     QProcess p;
@@ -53,6 +56,7 @@ Run runSearch(const SearchFolder& folder, const QByteArray& hosts,
     if (!hosts.isEmpty())
         env.insert("ZEDA_HOSTS", QString::fromLatin1(hosts));
     p.setProcessEnvironment(env);
+    p.setWorkingDirectory(QDir::tempPath()); // the program's own folder is what counts
     p.setChildProcessModifier([inChild] {
         // Far more than the search needs: what a file offers must not decide its memory.
         if (!limitData(64 << 20))
@@ -61,12 +65,13 @@ Run runSearch(const SearchFolder& folder, const QByteArray& hosts,
             inChild();
     });
     p.start(folder.exe, arguments);
-    if (!QTest::qWaitFor([&] { return p.state() == QProcess::NotRunning; }, 20000)) {
+    if (!QTest::qWaitFor([&] { return p.state() == QProcess::NotRunning; }, 30000)) {
         p.kill();
         p.waitForFinished();
-        return {-1, "did not end"};
+        return {-1, "did not end", {}};
     }
-    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardError()};
+    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardError(),
+            p.readAllStandardOutput()};
 }
 
 constexpr unsigned Up = IFF_UP | IFF_RUNNING;
@@ -348,32 +353,24 @@ private slots:
         SearchFolder folder;
         QVERIFY(folder.ready);
         QVERIFY(QDir().mkpath(folder.dir.filePath("home/.config/panomat-set")));
-        if (!list.isEmpty()) {
-            QFile conf(folder.dir.filePath(list == "user" ? "home/.config/panomat-set/ZEDA.conf"
-                                                          : "ZEDA.conf"));
-            QVERIFY(conf.open(QIODevice::WriteOnly) && conf.write(text) == text.size());
-        }
-        QProcess p;
-        p.setProcessEnvironment(withoutUserLists(folder));
-        p.setChildProcessModifier(SimulatedLan::enter(net.searcher));
+        QVERIFY(list.isEmpty() ||
+                writeFile(folder.dir.filePath(list == "user" ? "home/.config/panomat-set/ZEDA.conf"
+                                                             : "ZEDA.conf"),
+                          text));
         QElapsedTimer took;
         took.start();
-        p.start(folder.exe, {});
-        QVERIFY(p.waitForFinished(20000));
+        const Run run = runSearch(folder, {}, {}, SimulatedLan::enter(net.searcher));
         const qint64 ms = took.elapsed();
-        const QByteArray said = p.readAllStandardError();
-        QVERIFY2(p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0, said.constData());
-        QCOMPARE(p.readAllStandardOutput(), probing);
+        const QByteArray& said = run.said;
+        QVERIFY2(run.exitCode == 0, said.constData());
+        QCOMPARE(run.out, probing);
         QByteArray ips, macs;
         for (int i : found) {
             ips += QStringLiteral("192.000.002.%1").arg(10 + i, 3, 10, QChar('0')).toLatin1();
             macs += SimulatedLan::mac(i).toUpper().replace(':', '-').toLatin1() + "\r\n";
         }
-        for (auto [name, bytes] : {std::pair{"IP.txt", ips + "\r\n"}, {"MAC.txt", macs}}) {
-            QFile f(folder.dir.filePath(name));
-            QVERIFY(f.open(QIODevice::ReadOnly));
-            QCOMPARE(f.readAll(), bytes);
-        }
+        QCOMPARE(readFile(folder.dir.filePath("IP.txt")), ips + "\r\n");
+        QCOMPARE(readFile(folder.dir.filePath("MAC.txt")), macs);
         // The operator's wait: absent hosts are given up at the connect time-out.
         qInfo("the search took %lld ms", ms);
         QVERIFY2(ms <= 1500, qPrintable(QStringLiteral("%1 ms; %2").arg(ms).arg(said)));
@@ -418,24 +415,11 @@ private slots:
         // An old, longer MAC.txt beside the program must be replaced whole.
         SearchFolder folder;
         QVERIFY(folder.ready && QFile::copy(ZEDA_EXE, folder.dir.filePath("MAC.txt")));
-        QFile confFile(folder.dir.filePath("ZEDA.conf"));
-        QVERIFY(conf.isEmpty() || (confFile.open(QIODevice::WriteOnly) &&
-                                   confFile.write(conf) == conf.size() && confFile.flush()));
-        QProcessEnvironment environment = withoutUserLists(folder);
-        if (!env.isEmpty())
-            environment.insert("ZEDA_HOSTS", QString::fromLatin1(env));
-        QProcess p;
-        p.setProcessEnvironment(environment);
-        p.setWorkingDirectory(QDir::tempPath()); // the program's own folder is what counts
-        p.start(folder.exe, {});
-        // The event loop turns meanwhile, so the controllers in this process answer.
-        QVERIFY(QTest::qWaitFor([&] { return p.state() == QProcess::NotRunning; }, 30000) &&
-                p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0);
-        for (auto [name, bytes] : {std::pair{"IP.txt", ipFile}, {"MAC.txt", macFile}}) {
-            QFile f(folder.dir.filePath(name));
-            QVERIFY(f.open(QIODevice::ReadOnly));
-            QCOMPARE(f.readAll(), bytes);
-        }
+        QVERIFY(conf.isEmpty() || writeFile(folder.dir.filePath("ZEDA.conf"), conf));
+        const Run run = runSearch(folder, env);
+        QVERIFY2(run.exitCode == 0, run.said.constData());
+        QCOMPARE(readFile(folder.dir.filePath("IP.txt")), ipFile);
+        QCOMPARE(readFile(folder.dir.filePath("MAC.txt")), macFile);
     }
 
     // The search ends and reports whatever the network does. Without a route every
@@ -466,25 +450,17 @@ private slots:
         QFETCH(QByteArray, message);
         SearchFolder folder;
         QVERIFY(folder.ready);
-        QProcess p;
-        QProcessEnvironment env = withoutUserLists(folder);
-        if (!hosts.isEmpty())
-            env.insert("ZEDA_HOSTS", QString::fromLatin1(hosts));
-        p.setProcessEnvironment(env);
-        p.setChildProcessModifier([isolated] {
-            // The search needs a fraction of this.
-            if (!limitData(64 << 20) || (isolated && unshare(CLONE_NEWNET) != 0))
+        const Run run = runSearch(folder, hosts, {}, [isolated] {
+            if (isolated && unshare(CLONE_NEWNET) != 0)
                 _exit(125); // a namespace needs root, as port 23 does
         });
-        p.start(folder.exe, {});
-        QVERIFY2(p.waitForFinished(20000), "the search did not end");
-        const QByteArray said = p.readAllStandardError();
-        QVERIFY2(p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0, said.constData());
+        const QByteArray& said = run.said;
+        QVERIFY2(run.exitCode == 0, said.constData());
         QVERIFY2(said.contains(
                      QStringLiteral("0 controllers found among %1 hosts").arg(count).toLatin1()),
                  said.constData());
         QVERIFY2(said.contains(message), said.constData());
-        QCOMPARE(p.readAllStandardOutput().isEmpty(), hosts.isEmpty());
+        QCOMPARE(run.out.isEmpty(), hosts.isEmpty());
     }
 
     // A host list that is no list ends the search with a clear message and status 2,
@@ -503,36 +479,12 @@ private slots:
         SearchFolder folder;
         QVERIFY(folder.ready);
         const QByteArray conf = QFile::encodeName(folder.dir.filePath("ZEDA.conf"));
-        if (kind == "fifo") {
-            QCOMPARE(mkfifo(conf.constData(), 0600), 0);
-        } else if (kind == "zero") {
-            QVERIFY(QFile::link("/dev/zero", conf));
-        } else if (kind == "folder") {
-            QVERIFY(QDir(folder.dir.path()).mkdir("ZEDA.conf"));
-        } else {
-            QFile f(conf); // garbage, then a sparse tail: nothing reaches the disk
-            QVERIFY(f.open(QIODevice::WriteOnly) && f.write("no-host\n") > 0 &&
-                    f.resize(200 << 20));
-        }
+        QVERIFY(makeNoFile(kind, conf));
         const Run run = runSearch(folder, {});
         QVERIFY2(run.exitCode == 2, run.said.constData());
         QVERIFY2(run.said.contains("cannot read the host list " + conf + ": " + message),
                  run.said.constData());
         QVERIFY(!QFile::exists(folder.dir.filePath("MAC.txt")));
-    }
-
-    // A megabyte of entries that are no hosts gives a screenful of messages, not one
-    // for each.
-    void garbageHostListIsReportedBriefly() {
-        SearchFolder folder;
-        QFile conf(folder.dir.filePath("ZEDA.conf"));
-        QVERIFY(folder.ready && conf.open(QIODevice::WriteOnly) &&
-                conf.write(QByteArray("\x1b[2Jx ").repeated(100000)) > 0 && conf.flush());
-        const Run run = runSearch(folder, {});
-        QVERIFY2(run.exitCode == 0, run.said.constData());
-        QVERIFY2(run.said.size() < 4096, run.said.left(4096).constData());
-        QVERIFY(run.said.contains("ignored 99980 more entries that are not hosts"));
-        QVERIFY(!run.said.contains('\x1b'));
     }
 
     // Another local user plants links where the result files are written; the files
@@ -546,13 +498,9 @@ private slots:
     void plantedLinksAreReplaced() {
         QFETCH(QStringList, names);
         SearchFolder folder;
-        QTemporaryDir elsewhere;
-        const QString secret = elsewhere.filePath("shadow");
-        QFile target(secret);
-        QVERIFY(folder.ready && target.open(QIODevice::WriteOnly) && target.write("root:x") == 6);
-        target.close();
-        QVERIFY(target.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
-        const QByteArray link = QFile::encodeName(secret);
+        const PlantedLink planted;
+        QVERIFY(folder.ready && planted.made);
+        const QByteArray link = QFile::encodeName(planted.secret);
         // Made here: the child between fork and exec must not allocate.
         std::vector<QByteArray> paths;
         for (QString name : names)
@@ -566,14 +514,10 @@ private slots:
             }
         });
         QVERIFY2(run.exitCode == 0, run.said.constData());
-        QVERIFY(target.open(QIODevice::ReadOnly));
-        QCOMPARE(target.readAll(), QByteArray("root:x"));
-        QCOMPARE(target.permissions() & (QFile::ReadOther | QFile::ReadGroup),
-                 QFile::Permissions());
-        for (const char* name : {"MAC.txt", "IP.txt"}) {
-            const QFileInfo result(folder.dir.filePath(name));
-            QVERIFY(result.isFile() && !result.isSymLink() && result.size() == 0);
-        }
+        QVERIFY(planted.untouched());
+        for (const char* name : {"MAC.txt", "IP.txt"})
+            QVERIFY(PlantedLink::replaced(folder.dir.filePath(name)) &&
+                    QFileInfo(folder.dir.filePath(name)).size() == 0);
         // No temporary file is left behind; the planted links may stay.
         const QStringList kept{"ZEDA.exe", "MAC.txt", "IP.txt"};
         for (const QString& name :
@@ -609,20 +553,25 @@ private slots:
         QCOMPARE(QFile::exists(out + "/MAC.txt"), !refused);
     }
 
-    // Whatever a host answers reaches the operator's terminal escaped.
-    void repliesAreEscaped() {
+    // Whatever a host answers reaches the operator's terminal escaped; a megabyte of entries
+    // that are no hosts gives a screenful of messages, not one for each, escaped too.
+    void repliesAndBadEntriesAreEscapedAndBrief() {
         QTcpServer hostile;
         QVERIFY(hostile.listen(QHostAddress("127.21.44.1"), 23));
         connect(&hostile, &QTcpServer::newConnection, this, [&] {
             hostile.nextPendingConnection()->write("VERS1\x1b]2;owned\x07\x1b[2J\\\r\n");
         });
         SearchFolder folder;
-        QVERIFY(folder.ready);
-        const Run run = runSearch(folder, "127.21.44.1");
+        QVERIFY(folder.ready &&
+                writeFile(folder.dir.filePath("ZEDA.conf"),
+                          QByteArray("\x1b[2Jx ").repeated(100000) + "127.21.44.1"));
+        const Run run = runSearch(folder, {});
         QVERIFY2(run.exitCode == 0, run.said.constData());
-        QVERIFY2(
-            run.said.contains("controller at 127.21.44.1 (VERS1\\x1b]2;owned\\x07\\x1b[2J\\\\)"),
-            run.said.constData());
+        QVERIFY2(run.said.size() < 4096, run.said.left(4096).constData());
+        QVERIFY2(run.said.contains("ignored 99980 more entries that are not hosts") &&
+                     run.said.contains(
+                         "controller at 127.21.44.1 (VERS1\\x1b]2;owned\\x07\\x1b[2J\\\\)"),
+                 run.said.constData());
         QVERIFY(!run.said.contains('\x1b') && !run.said.contains('\x07'));
     }
 };

@@ -46,9 +46,7 @@ void Bench::connect(int selected) {
     driver::click(ui.btn_con);
     if (!QTest::qWaitFor([this] { return boxes.texts().contains("Refresh completed !"); }))
         qFatal("the refresh after Connect did not end");
-    // The refresh waited for its replies: its lines are all in. Nothing else was sent.
-    for (sim::VirtualController* device : sim.controllers())
-        device->clearReceived();
+    forget(); // the refresh waited for its replies: its lines are all in; nothing else was sent
     boxes.clear();
 }
 
@@ -64,6 +62,18 @@ QStringList Bench::lines(int i) {
     QStringList lines = linesOf(&device(i));
     lines.removeAll(QStringLiteral("MARK"));
     device(i).clearReceived();
+    return lines;
+}
+
+void Bench::forget() {
+    for (sim::VirtualController* device : sim.controllers())
+        device->clearReceived();
+}
+
+qsizetype Bench::received() const {
+    qsizetype lines = 0;
+    for (sim::VirtualController* device : sim.controllers())
+        lines += device->received().size();
     return lines;
 }
 

@@ -36,6 +36,9 @@ public:
     // The lines controller i has received since the last call; every line the window wrote to it
     // before the call is among them.
     QStringList lines(int i = 0);
+    // Forgets what every controller has received; how many lines all have received since.
+    void forget();
+    qsizetype received() const;
     // Controller i answers lines starting with `start` with these bytes instead (CR LF not added;
     // empty: no answer at all).
     void answer(int i, const QByteArray& start, const QByteArray& bytes);

@@ -1,4 +1,5 @@
 #include "support/bench.h"
+#include "support/files.h"
 #include "system/searchnetworks.h"
 
 #include <QApplication>
@@ -13,23 +14,22 @@ QString beside(const QString& name) {
     return QDir(QCoreApplication::applicationDirPath()).filePath(name);
 }
 
-void writeFile(const QString& name, const QByteArray& bytes) {
-    QFile file(beside(name));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size())
+void write(const QString& name, const QByteArray& bytes) {
+    if (!writeFile(beside(name), bytes))
         qFatal("cannot write %s", qPrintable(name));
 }
 
 // The search program, running `extra` first; and what it will find.
 void prepare(const QByteArray& mac, const QByteArray& ip, const QByteArray& extra = {}) {
-    writeFile("ZEDA.exe", "#!/bin/sh\ncd \"$(dirname \"$0\")\"\n" + extra +
-                              "[ -f MAC.next ] && cp MAC.next MAC.txt\n"
-                              "[ -f IP.next ] && cp IP.next IP.txt\nexit 0\n");
+    write("ZEDA.exe", "#!/bin/sh\ncd \"$(dirname \"$0\")\"\n" + extra +
+                          "[ -f MAC.next ] && cp MAC.next MAC.txt\n"
+                          "[ -f IP.next ] && cp IP.next IP.txt\nexit 0\n");
     QFile::setPermissions(beside("ZEDA.exe"),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     if (!mac.isNull())
-        writeFile("MAC.next", mac);
+        write("MAC.next", mac);
     if (!ip.isNull())
-        writeFile("IP.next", ip);
+        write("IP.next", ip);
 }
 
 void search(Form1& form) {
@@ -112,8 +112,8 @@ private slots:
         QFETCH(QString, message);
         if (program)
             prepare(mac, ip, extra);
-        writeFile("MAC.txt", "AA-BB-CC-DD-EE-09\r\n");
-        writeFile("IP.txt", "127.011.009.009\r\n");
+        write("MAC.txt", "AA-BB-CC-DD-EE-09\r\n");
+        write("IP.txt", "127.011.009.009\r\n");
         MessageBoxAnswerer boxes;
         Form1 form;
         form.ui.cbo_model->addItem(QStringLiteral(" 0"));
@@ -172,20 +172,16 @@ private slots:
             [&form] { form.ui.btn_sys_search->click(); });
         search(form);
         QTest::qWait(700);
-        QFile log(beside("runs.log"));
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        QCOMPARE(log.readAll(), QByteArray("run\n"));
+        QCOMPARE(readFile(beside("runs.log")), QByteArray("run\n"));
         QCOMPARE(boxes.texts(), QStringList{"Not Find MAC !"});
     }
 
     // The status bar names what is probed; "Stop waiting" cancels the search, and what the
     // program had written is not read.
     void cancelLeavesNoResultRead() {
-        writeFile("ZEDA.exe", "#!/bin/sh\ncd \"$(dirname \"$0\")\"\n"
-                              "printf 'AA-BB-CC-DD-EE-01\\r\\n' >MAC.txt\n"
-                              "printf '127.011.007.001\\r\\n' >IP.txt\nexec sleep 30\n");
-        QFile::setPermissions(beside("ZEDA.exe"),
-                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        prepare({}, {},
+                "printf 'AA-BB-CC-DD-EE-01\\r\\n' >MAC.txt\n"
+                "printf '127.011.007.001\\r\\n' >IP.txt\nexec sleep 30\n");
         qputenv("ZEDA_HOSTS", "127.11.7.1");
         MessageBoxAnswerer boxes;
         Form1 form;

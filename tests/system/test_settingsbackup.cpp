@@ -3,6 +3,7 @@
 #include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
 #include "support/bench.h"
+#include "support/files.h"
 #include "system/settingsbackup.h"
 
 #include <QApplication>
@@ -19,14 +20,38 @@
 // Four virtual controllers in 127.68.20.0/24 and up, one subnet per test function.
 namespace {
 
-RestorePreview* openPreview();
+RestorePreview* openPreview() {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* preview = qobject_cast<RestorePreview*>(w); preview && preview->isVisible())
+            return preview;
+    return nullptr;
+}
 
+// Four controllers connected, and a file to keep their settings in.
 struct Backup : Bench {
     explicit Backup(int subnet) : Bench(QStringLiteral("127.68.%1.1").arg(subnet), 4) {
         form.show();
         connect();
     }
     sim::VirtualController* c(int number) { return &device(number - 1); }
+    bool save(bool all = true) { return form.backup().save(path, all); }
+    // Restores the file; the preview is looked at, then accepted with its OK button.
+    bool restore(std::function<void(RestorePreview*)> look = {}) {
+        driver::when(
+            &form, [] { return openPreview() != nullptr; },
+            [look] {
+                if (look)
+                    look(openPreview());
+                QTest::mouseClick(
+                    openPreview()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                    Qt::LeftButton);
+            });
+        boxes.clear();
+        return form.backup().restore(path);
+    }
+
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("settings.json"));
 };
 
 // Twenty settings of many pages: the whole picture grid, trims, a bezel value, an OSD value.
@@ -73,322 +98,246 @@ QStringList monitored(const TrafficLog& log, int index) {
     return sent;
 }
 
-void acceptPreview(Bench& bench) {
-    driver::when(
-        &bench.form, [] { return openPreview() != nullptr; },
-        [] {
-            QTest::mouseClick(
-                openPreview()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
-                Qt::LeftButton);
-        });
-}
-
-RestorePreview* openPreview() {
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (auto* preview = qobject_cast<RestorePreview*>(w); preview && preview->isVisible())
-            return preview;
-    return nullptr;
-}
-
 } // namespace
 
 class TestSettingsBackup : public QObject {
     Q_OBJECT
 private slots:
-    void backupPreviewRestoreReadsBackEqual();
-    void networkIsRestoredOnlyWhenTicked();
-    void badFilesAreRefusedWithTheirFault();
-    void manySettingsReachControllersPagesAndMonitor();
-    void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt_data();
-    void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt();
-    void stopWaitingLeavesTheReport();
-};
+    void backupPreviewRestoreReadsBackEqual() {
+        Backup bench(20);
+        const QString shown = bench.form.ui.TextInfo->text();
+        QVERIFY(bench.save());
+        QCOMPARE(bench.form.ui.TextInfo->text(), shown); // no reply handler saw the reads
+        QVERIFY2(bench.boxes.texts().last().startsWith(
+                     QStringLiteral("Saved the settings of 4 of 4 controllers")),
+                 qPrintable(bench.boxes.texts().last()));
 
-void TestSettingsBackup::backupPreviewRestoreReadsBackEqual() {
-    Backup bench(20);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("settings.json"));
-    const QString shown = bench.form.ui.TextInfo->text();
-    QVERIFY(bench.form.backup().save(path, true));
-    QCOMPARE(bench.form.ui.TextInfo->text(), shown); // no reply handler saw the reads
-    QVERIFY2(bench.boxes.texts().last().startsWith(
-                 QStringLiteral("Saved the settings of 4 of 4 controllers")),
-             qPrintable(bench.boxes.texts().last()));
+        QString error;
+        const auto file = settingsfile::fromJson(
+            *jsonfile::read(bench.path, settingsfile::Format, &error), &error);
+        QVERIFY2(file, qPrintable(error));
+        QCOMPARE(file->size(), 4);
+        for (int n = 1; n <= 4; ++n) {
+            QCOMPARE((*file)[n - 1].address, bench.addresses()[n - 1]);
+            QCOMPARE((*file)[n - 1].mac, bench.form.ui.cbo_ipaddr->itemText(n - 1));
+            QCOMPARE((*file)[n - 1].values.value("brightness.c"),
+                     bench.c(n)->state().value("brightness.c"));
+            QCOMPARE((*file)[n - 1].values.value("model"), bench.c(n)->state().value("model"));
+        }
 
-    QString error;
-    const auto file =
-        settingsfile::fromJson(*jsonfile::read(path, settingsfile::Format, &error), &error);
-    QVERIFY2(file, qPrintable(error));
-    QCOMPARE(file->size(), 4);
-    for (int n = 1; n <= 4; ++n) {
-        QCOMPARE((*file)[n - 1].address, bench.addresses()[n - 1]);
-        QCOMPARE((*file)[n - 1].mac, bench.form.ui.cbo_ipaddr->itemText(n - 1));
-        QCOMPARE((*file)[n - 1].values.value("brightness.c"),
-                 bench.c(n)->state().value("brightness.c"));
-        QCOMPARE((*file)[n - 1].values.value("model"), bench.c(n)->state().value("model"));
-    }
+        // The second controller is changed behind the window's back.
+        const sim::ControllerState before = bench.c(2)->state();
+        sim::ControllerState changed = before;
+        changed.set("brightness.c", 80);
+        changed.set("network.mode", 1 - before.value("network.mode"));
+        bench.c(2)->setState(changed);
+        bench.forget();
 
-    // The second controller is changed behind the window's back.
-    const sim::ControllerState before = bench.c(2)->state();
-    sim::ControllerState changed = before;
-    changed.set("brightness.c", 80);
-    changed.set("network.mode", 1 - before.value("network.mode"));
-    bench.c(2)->setState(changed);
-    for (sim::VirtualController* c : bench.sim.controllers())
-        c->clearReceived();
-
-    QStringList previewed;
-    bool lockedDuring = false;
-    driver::when(
-        &bench.form, [] { return openPreview() != nullptr; },
-        [&] {
-            RestorePreview* preview = openPreview();
+        QStringList previewed;
+        bool lockedDuring = false;
+        QVERIFY(bench.restore([&](RestorePreview* preview) {
             previewed = preview->lines();
             lockedDuring = !bench.form.ui.sys_setting->isEnabled();
-            QTest::mouseClick(preview->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
-                              Qt::LeftButton);
-        });
-    bench.boxes.clear();
-    QVERIFY(bench.form.backup().restore(path));
-    QVERIFY(lockedDuring);
-    // Only the real difference; the network setting is left alone unless ticked.
-    QCOMPARE(previewed,
-             (QStringList{"127.68.20.1: nothing to change", "127.68.20.2: brightness.c: 80 -> 50",
-                          "127.68.20.3: nothing to change", "127.68.20.4: nothing to change"}));
-    QCOMPARE(bench.c(2)->state().value("brightness.c"), before.value("brightness.c"));
-    QCOMPARE(bench.c(2)->state().value("network.mode"), changed.value("network.mode"));
-    const QStringList texts = bench.boxes.texts();
-    QCOMPARE(texts.first(), QStringLiteral("Refresh completed !"));
-    QVERIFY2(texts.last().contains(QStringLiteral("\n  brightness.c = 50: read back equal")),
-             qPrintable(texts.last()));
-    QVERIFY(
-        texts.last().startsWith(QStringLiteral("Restored the settings of 4 of 4 controllers.")));
-    for (int n : {1, 3, 4})
-        for (const QByteArray& line : bench.c(n)->received())
-            QVERIFY2(line.startsWith('R'), line.constData()); // read, never written
-}
+        }));
+        QVERIFY(lockedDuring);
+        // Only the real difference; the network setting is left alone unless ticked.
+        QCOMPARE(
+            previewed,
+            (QStringList{"127.68.20.1: nothing to change", "127.68.20.2: brightness.c: 80 -> 50",
+                         "127.68.20.3: nothing to change", "127.68.20.4: nothing to change"}));
+        QCOMPARE(bench.c(2)->state().value("brightness.c"), before.value("brightness.c"));
+        QCOMPARE(bench.c(2)->state().value("network.mode"), changed.value("network.mode"));
+        const QStringList texts = bench.boxes.texts();
+        QCOMPARE(texts.first(), QStringLiteral("Refresh completed !"));
+        QVERIFY2(texts.last().contains(QStringLiteral("\n  brightness.c = 50: read back equal")),
+                 qPrintable(texts.last()));
+        QVERIFY(texts.last().startsWith(
+            QStringLiteral("Restored the settings of 4 of 4 controllers.")));
+        for (int n : {1, 3, 4})
+            for (const QByteArray& line : bench.c(n)->received())
+                QVERIFY2(line.startsWith('R'), line.constData()); // read, never written
 
-void TestSettingsBackup::networkIsRestoredOnlyWhenTicked() {
-    Backup bench(22);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("settings.json"));
-    QVERIFY(bench.form.backup().save(path, true));
-    sim::ControllerState changed = bench.c(2)->state();
-    const protocol::Value mode = changed.value("network.mode");
-    changed.set("network.mode", 1 - mode);
-    bench.c(2)->setState(changed);
-
-    QStringList before, after;
-    driver::when(
-        &bench.form, [] { return openPreview() != nullptr; },
-        [&] {
-            RestorePreview* preview = openPreview();
-            before = preview->lines();
+        // Ticked, the network setting is restored too.
+        const protocol::Value mode = before.value("network.mode");
+        QStringList after;
+        QVERIFY(bench.restore([&](RestorePreview* preview) {
+            previewed = preview->lines();
             auto* network = preview->findChild<QCheckBox*>(QStringLiteral("restore_network"));
             QTest::mouseClick(network, Qt::LeftButton, {}, QPoint(8, network->height() / 2));
             after = preview->lines();
-            QTest::mouseClick(preview->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
-                              Qt::LeftButton);
-        });
-    bench.boxes.clear();
-    QVERIFY(bench.form.backup().restore(path));
-    QCOMPARE(before[1], QStringLiteral("127.68.22.2: nothing to change"));
-    QCOMPARE(after[1],
-             QStringLiteral("127.68.22.2: network.mode: %1 -> %2").arg(1 - mode).arg(mode));
-    QCOMPARE(bench.c(2)->state().value("network.mode"), mode);
-    QVERIFY(linesOf(bench.c(2)).endsWith(QStringLiteral("SREL")));
-    // The controller restarts its network: the window goes offline, as after Set IP.
-    QVERIFY(!bench.form.session().isConnected());
-    const QString report = bench.boxes.texts().last();
-    QVERIFY2(report.contains(QStringLiteral("its network restarts with the new settings")) &&
-                 outcomes(report, "127.68.22.2").value("network.mode") ==
-                     QStringLiteral("written (the controller restarts its network with it)"),
-             qPrintable(report));
-}
+        }));
+        QCOMPARE(previewed[1], QStringLiteral("127.68.20.2: nothing to change"));
+        QCOMPARE(after[1],
+                 QStringLiteral("127.68.20.2: network.mode: %1 -> %2").arg(1 - mode).arg(mode));
+        QCOMPARE(bench.c(2)->state().value("network.mode"), mode);
+        QVERIFY(linesOf(bench.c(2)).endsWith(QStringLiteral("SREL")));
+        // The controller restarts its network: the window goes offline, as after Set IP.
+        QVERIFY(!bench.form.session().isConnected());
+        const QString report = bench.boxes.texts().last();
+        QVERIFY2(report.contains(QStringLiteral("its network restarts with the new settings")) &&
+                     outcomes(report, "127.68.20.2").value("network.mode") ==
+                         QStringLiteral("written (the controller restarts its network with it)"),
+                 qPrintable(report));
+    }
 
-void TestSettingsBackup::badFilesAreRefusedWithTheirFault() {
-    Backup bench(21);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("settings.json"));
-    QVERIFY(bench.form.backup().save(path, false)); // the selected controller only
-    QString error;
-    auto file = settingsfile::fromJson(*jsonfile::read(path, settingsfile::Format, &error), &error);
-    QCOMPARE(file->size(), 1);
-    (*file)[0].address = QStringLiteral("127.68.21.9");
-    QVERIFY(jsonfile::write(path, settingsfile::toJson(*file), &error));
-    for (sim::VirtualController* c : bench.sim.controllers())
-        c->clearReceived();
+    void badFilesAreRefusedWithTheirFault() {
+        Backup bench(21);
+        QVERIFY(bench.save(false)); // the selected controller only
+        QString error;
+        auto file = settingsfile::fromJson(
+            *jsonfile::read(bench.path, settingsfile::Format, &error), &error);
+        QCOMPARE(file->size(), 1);
+        (*file)[0].address = QStringLiteral("127.68.21.9");
+        QVERIFY(jsonfile::write(bench.path, settingsfile::toJson(*file), &error));
+        bench.forget();
 
-    bench.boxes.clear();
-    QVERIFY(!bench.form.backup().restore(path));
-    QCOMPARE(bench.boxes.texts(),
-             QStringList{"The file names controllers that are not listed; they are left alone:\n"
-                         "127.68.21.9 (" +
-                         bench.form.ui.cbo_ipaddr->itemText(0) + ")"});
-    for (sim::VirtualController* c : bench.sim.controllers())
-        QVERIFY(c->received().isEmpty());
-
-    const std::pair<QByteArray, QString> broken[] = {
-        {"{\"format\": \"panomat-settings/1\",\n  \"controllers\": [,]}", "line 2"},
-        {"{\"format\": \"panomat-settings/2\", \"controllers\": []}", "\"panomat-settings/2\""},
-    };
-    for (const auto& [text, fault] : broken) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(text);
-        file.close();
         bench.boxes.clear();
-        QVERIFY(!bench.form.backup().restore(path));
-        QCOMPARE(bench.boxes.texts().size(), 1);
-        QVERIFY2(bench.boxes.texts().first().startsWith(
-                     QStringLiteral("The settings file cannot be read:")) &&
-                     bench.boxes.texts().first().contains(fault),
-                 qPrintable(bench.boxes.texts().first()));
+        QVERIFY(!bench.form.backup().restore(bench.path));
+        QCOMPARE(
+            bench.boxes.texts(),
+            QStringList{"The file names controllers that are not listed; they are left alone:\n"
+                        "127.68.21.9 (" +
+                        bench.form.ui.cbo_ipaddr->itemText(0) + ")"});
+        QCOMPARE(bench.received(), 0);
+
+        const std::pair<QByteArray, QString> broken[] = {
+            {"{\"format\": \"panomat-settings/1\",\n  \"controllers\": [,]}", "line 2"},
+            {"{\"format\": \"panomat-settings/2\", \"controllers\": []}", "\"panomat-settings/2\""},
+        };
+        for (const auto& [text, fault] : broken) {
+            QVERIFY(writeFile(bench.path, text));
+            bench.boxes.clear();
+            QVERIFY(!bench.form.backup().restore(bench.path));
+            QCOMPARE(bench.boxes.texts().size(), 1);
+            QVERIFY2(bench.boxes.texts().first().startsWith(
+                         QStringLiteral("The settings file cannot be read:")) &&
+                         bench.boxes.texts().first().contains(fault),
+                     qPrintable(bench.boxes.texts().first()));
+        }
+        QCOMPARE(bench.received(), 0);
     }
-    for (sim::VirtualController* c : bench.sim.controllers())
-        QVERIFY(c->received().isEmpty());
-}
 
-void TestSettingsBackup::manySettingsReachControllersPagesAndMonitor() {
-    Backup bench(23);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("settings.json"));
-    QVERIFY(bench.form.backup().save(path, true));
-    const sim::ControllerState saved[] = {bench.c(1)->state(), bench.c(2)->state()};
-    for (int n : {1, 2})
-        change(bench.c(n), manySettings());
-    for (sim::VirtualController* c : bench.sim.controllers())
-        c->clearReceived();
-    TrafficLog& log = bench.form.monitor().log();
-    log.clear();
+    void manySettingsReachControllersPagesAndMonitor() {
+        Backup bench(23);
+        QVERIFY(bench.save());
+        const sim::ControllerState saved[] = {bench.c(1)->state(), bench.c(2)->state()};
+        for (int n : {1, 2})
+            change(bench.c(n), manySettings());
+        bench.forget();
+        TrafficLog& log = bench.form.monitor().log();
+        log.clear();
 
-    acceptPreview(bench);
-    bench.boxes.clear();
-    QVERIFY(bench.form.backup().restore(path));
-    for (int n : {1, 2})
-        QCOMPARE(bench.c(n)->state(), saved[n - 1]);
-    const QString report = bench.boxes.reports().last();
-    QVERIFY2(report.startsWith(QStringLiteral("Restored the settings of 4 of 4 controllers.")),
-             qPrintable(report));
-    for (const QString& address : {QStringLiteral("127.68.23.1"), QStringLiteral("127.68.23.2")})
-        for (const QString& name : manySettings())
-            QCOMPARE(outcomes(report, address).value(name), QStringLiteral("read back equal"));
+        QVERIFY(bench.restore());
+        for (int n : {1, 2})
+            QCOMPARE(bench.c(n)->state(), saved[n - 1]);
+        const QString report = bench.boxes.reports().last();
+        QVERIFY2(report.startsWith(QStringLiteral("Restored the settings of 4 of 4 controllers.")),
+                 qPrintable(report));
+        for (const QString& address :
+             {QStringLiteral("127.68.23.1"), QStringLiteral("127.68.23.2")})
+            for (const QString& name : manySettings())
+                QCOMPARE(outcomes(report, address).value(name), QStringLiteral("read back equal"));
 
-    // The pages show what the selected controller holds, those the refresh does not read too.
-    const std::array<QComboBox*, 5>* grid[] = {&bench.ui.cbo_image_bri, &bench.ui.cbo_image_con,
-                                               &bench.ui.cbo_image_sat, &bench.ui.cbo_image_hue};
-    for (int p = 0; p < 4; ++p)
-        for (int o = 1; o <= 4; ++o)
-            QCOMPARE((*grid[p])[o]->currentText(),
-                     QString::number(saved[0].value(manySettings()[4 * p + o - 1])));
-    QCOMPARE(bench.ui.HS_A[0]->value(), 255 + saved[0].value("trim.h_start.a"));
-    QCOMPARE(bench.ui.HS_A[15]->value(), 255 + saved[0].value("trim.v_end.d"));
+        // The pages show what the selected controller holds, those the refresh does not read too.
+        const std::array<QComboBox*, 5>* grid[] = {&bench.ui.cbo_image_bri, &bench.ui.cbo_image_con,
+                                                   &bench.ui.cbo_image_sat,
+                                                   &bench.ui.cbo_image_hue};
+        for (int p = 0; p < 4; ++p)
+            for (int o = 1; o <= 4; ++o)
+                QCOMPARE((*grid[p])[o]->currentText(),
+                         QString::number(saved[0].value(manySettings()[4 * p + o - 1])));
+        QCOMPARE(bench.ui.HS_A[0]->value(), 255 + saved[0].value("trim.h_start.a"));
+        QCOMPARE(bench.ui.HS_A[15]->value(), 255 + saved[0].value("trim.v_end.d"));
 
-    // The monitor saw every line each controller received, lent runs included.
-    log.flush();
-    for (int n = 1; n <= 4; ++n)
-        QCOMPARE(monitored(log, n - 1), linesOf(bench.c(n)));
-    for (int r = 0; r < log.rowCount(); ++r)
-        if (log.index(r, TrafficLog::Direction).data().toString() == QLatin1String("received"))
-            QVERIFY2(log.index(r, TrafficLog::ReplyTime)
-                             .data()
-                             .toString()
-                             .section(u' ', 0, 0)
-                             .remove(u',')
-                             .toDouble() < 1000,
-                     "a reply timed from some other line than its own request");
-}
-
-void TestSettingsBackup::aDropAfterTheKthWriteIsReportedAsTheControllerHasIt_data() {
-    QTest::addColumn<int>("k");
-    for (int k : {1, 4, 8, 19})
-        QTest::addRow("after write %d", k) << k;
-}
-
-// The second controller drops its connection after the k-th write. It is read again on a
-// connection of its own, so the report says of each setting what the controller holds.
-void TestSettingsBackup::aDropAfterTheKthWriteIsReportedAsTheControllerHasIt() {
-    QFETCH(int, k);
-    Backup bench(30 + k);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("settings.json"));
-    QVERIFY(bench.form.backup().save(path, true));
-    const sim::ControllerState saved = bench.c(2)->state();
-    change(bench.c(2), manySettings());
-    sim::Faults drop;
-    drop.dropAfterWrites = k;
-    bench.c(2)->setFaults(drop);
-
-    acceptPreview(bench);
-    bench.boxes.clear();
-    QVERIFY(!bench.form.backup().restore(path));
-    const QString report = bench.boxes.reports().last();
-    QVERIFY2(report.startsWith(QStringLiteral("Restored the settings of 3 of 4 controllers.")),
-             qPrintable(report));
-    const QMap<QString, QString> said = outcomes(report, bench.addresses()[1]);
-    QCOMPARE(said.size(), manySettings().size());
-    int equal = 0;
-    for (const QString& name : manySettings()) {
-        const bool holds = bench.c(2)->state().value(name) == saved.value(name);
-        QVERIFY2(holds == (said.value(name) == QLatin1String("read back equal")),
-                 qPrintable(name + ": " + said.value(name)));
-        QVERIFY2(holds || said.value(name).startsWith(QLatin1String("not sent")) ||
-                     said.value(name).startsWith(QLatin1String("reads back")),
-                 qPrintable(name + ": " + said.value(name)));
-        equal += holds;
+        // The monitor saw every line each controller received, lent runs included.
+        log.flush();
+        for (int n = 1; n <= 4; ++n)
+            QCOMPARE(monitored(log, n - 1), linesOf(bench.c(n)));
+        for (int r = 0; r < log.rowCount(); ++r)
+            if (log.index(r, TrafficLog::Direction).data().toString() == QLatin1String("received"))
+                QVERIFY2(log.index(r, TrafficLog::ReplyTime)
+                                 .data()
+                                 .toString()
+                                 .section(u' ', 0, 0)
+                                 .remove(u',')
+                                 .toDouble() < 1000,
+                         "a reply timed from some other line than its own request");
     }
-    QCOMPARE(equal, k);
-}
 
-// Once the preview is accepted the second controller answers no read any more; the
-// operator stops waiting at its first read-back and still sees what was done.
-void TestSettingsBackup::stopWaitingLeavesTheReport() {
-    Backup bench(24);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("settings.json"));
-    QVERIFY(bench.form.backup().save(path, true));
-    change(bench.c(2), manySettings());
-    driver::when(
-        &bench.form, [] { return openPreview() != nullptr; },
-        [&] {
+    void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt_data() {
+        QTest::addColumn<int>("k");
+        for (int k : {1, 4, 8, 19})
+            QTest::addRow("after write %d", k) << k;
+    }
+
+    // The second controller drops its connection after the k-th write. It is read again on a
+    // connection of its own, so the report says of each setting what the controller holds.
+    void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt() {
+        QFETCH(int, k);
+        Backup bench(30 + k);
+        QVERIFY(bench.save());
+        const sim::ControllerState saved = bench.c(2)->state();
+        change(bench.c(2), manySettings());
+        sim::Faults drop;
+        drop.dropAfterWrites = k;
+        bench.c(2)->setFaults(drop);
+
+        QVERIFY(!bench.restore());
+        const QString report = bench.boxes.reports().last();
+        QVERIFY2(report.startsWith(QStringLiteral("Restored the settings of 3 of 4 controllers.")),
+                 qPrintable(report));
+        const QMap<QString, QString> said = outcomes(report, bench.addresses()[1]);
+        QCOMPARE(said.size(), manySettings().size());
+        int equal = 0;
+        for (const QString& name : manySettings()) {
+            const bool holds = bench.c(2)->state().value(name) == saved.value(name);
+            QVERIFY2(holds == (said.value(name) == QLatin1String("read back equal")),
+                     qPrintable(name + ": " + said.value(name)));
+            QVERIFY2(holds || said.value(name).startsWith(QLatin1String("not sent")) ||
+                         said.value(name).startsWith(QLatin1String("reads back")),
+                     qPrintable(name + ": " + said.value(name)));
+            equal += holds;
+        }
+        QCOMPARE(equal, k);
+    }
+
+    // Once the preview is accepted the second controller answers no read any more; the
+    // operator stops waiting at its first read-back and still sees what was done.
+    void stopWaitingLeavesTheReport() {
+        Backup bench(24);
+        QVERIFY(bench.save());
+        change(bench.c(2), manySettings());
+        driver::when(
+            &bench.form,
+            [&] {
+                const QStringList lines = linesOf(bench.c(2));
+                return !lines.isEmpty() && lines.first().startsWith(u'S') &&
+                       lines.last().startsWith(u'R');
+            },
+            [&] { bench.form.StopWaiting(); });
+        QVERIFY(!bench.restore([&](RestorePreview*) {
             sim::Faults silent;
             for (const protocol::Command& c : protocol::commands())
                 if (c.effect == protocol::Effect::Read)
                     silent.silent << QByteArray(c.keyword);
             bench.c(2)->setFaults(silent);
             bench.c(2)->clearReceived();
-            QTest::mouseClick(
-                openPreview()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
-                Qt::LeftButton);
-        });
-    driver::when(
-        &bench.form,
-        [&] {
-            const QStringList lines = linesOf(bench.c(2));
-            return !lines.isEmpty() && lines.first().startsWith(u'S') &&
-                   lines.last().startsWith(u'R');
-        },
-        [&] { bench.form.StopWaiting(); });
-    bench.boxes.clear();
-    QVERIFY(!bench.form.backup().restore(path));
-    QTRY_COMPARE(bench.boxes.reports().size(), 1);
-    const QString report = bench.boxes.reports().first();
-    QVERIFY2(report.contains(QStringLiteral("failed: stopped before the end")), qPrintable(report));
-    const QMap<QString, QString> said = outcomes(report, bench.addresses()[1]);
-    QCOMPARE(said.size(), manySettings().size());
-    for (const QString& outcome : said)
-        QVERIFY2(outcome.startsWith(QLatin1String("written")) ||
-                     outcome.startsWith(QLatin1String("sent, not confirmed")),
-                 qPrintable(outcome));
-    QVERIFY(bench.ui.sys_setting->isEnabled());
-    QVERIFY(!bench.form.session().isConnected());
-}
+        }));
+        QTRY_COMPARE(bench.boxes.reports().size(), 1);
+        const QString report = bench.boxes.reports().first();
+        QVERIFY2(report.contains(QStringLiteral("failed: stopped before the end")),
+                 qPrintable(report));
+        const QMap<QString, QString> said = outcomes(report, bench.addresses()[1]);
+        QCOMPARE(said.size(), manySettings().size());
+        for (const QString& outcome : said)
+            QVERIFY2(outcome.startsWith(QLatin1String("written")) ||
+                         outcome.startsWith(QLatin1String("sent, not confirmed")),
+                     qPrintable(outcome));
+        QVERIFY(bench.ui.sys_setting->isEnabled());
+        QVERIFY(!bench.form.session().isConnected());
+    }
+};
 
-int main(int argc, char* argv[]) {
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QApplication app(argc, argv);
-    TestSettingsBackup test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_MAIN(TestSettingsBackup)
 
 #include "test_settingsbackup.moc"

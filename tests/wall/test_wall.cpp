@@ -220,26 +220,20 @@ private slots:
         QTest::addColumn<int>("position");
         QTest::addColumn<QString>("label");
         QTest::addColumn<QString>("line"); // two blanks after the keyword
-        QTest::newRow("H end B") << 5 << 0 << 300 << "+45"
-                                 << "SPCHE  2 45";
-        QTest::newRow("V end A") << 12 << 0 << 0 << "-255"
-                                 << "SMCVE  1 255";
-        QTest::newRow("H start B") << 1 << 0 << 200 << "-55"
-                                   << "SMCHS  2 55";
-        QTest::newRow("V start C") << 10 << 0 << 510 << "+255"
-                                   << "SPCVS  3 255";
-        QTest::newRow("zero trim") << 3 << 0 << 255 << "+0"
-                                   << "SPCHS  4 0";
-        QTest::newRow("V start D") << 11 << 0 << 254 << "-1"
-                                   << "SMCVS  4 1";
-        QTest::newRow("arrow, by one") << 4 << 1 << 256 << "+1"
-                                       << "SPCHE  1 1";
-        QTest::newRow("key Right") << 9 << 3 << 300 << "+45"
-                                   << "SPCVS  2 45";
-        QTest::newRow("key Home") << 15 << 4 << 0 << "-255"
-                                  << "SMCVE  4 255";
-        QTest::newRow("drag") << 4 << 2 << 400 << "+145"
-                              << "SPCHE  1 145";
+        const auto row = [](const char* tag, int index, int action, int position, const char* label,
+                            const char* line) {
+            QTest::newRow(tag) << index << action << position << QString(label) << QString(line);
+        };
+        row("H end B", 5, 0, 300, "+45", "SPCHE  2 45");
+        row("V end A", 12, 0, 0, "-255", "SMCVE  1 255");
+        row("H start B", 1, 0, 200, "-55", "SMCHS  2 55");
+        row("V start C", 10, 0, 510, "+255", "SPCVS  3 255");
+        row("zero trim", 3, 0, 255, "+0", "SPCHS  4 0");
+        row("V start D", 11, 0, 254, "-1", "SMCVS  4 1");
+        row("arrow, by one", 4, 1, 256, "+1", "SPCHE  1 1");
+        row("key Right", 9, 3, 300, "+45", "SPCVS  2 45");
+        row("key Home", 15, 4, 0, "-255", "SMCVE  4 255");
+        row("drag", 4, 2, 400, "+145", "SPCHE  1 145");
     }
 
     void barSends() {

@@ -42,7 +42,7 @@ QList<const Setting*> settingsOf(const QList<Change>& changes) {
 
 // The line that restarts the controller's network with the settings it holds.
 protocol::Write restartLine() {
-    const protocol::Command& restart = *protocol::findCommand("SREL");
+    const protocol::Command& restart = protocol::command(protocol::Action::RestartNetwork);
     return {QByteArray(restart.keyword) + "\r\n", QByteArray(restart.reply.key)};
 }
 

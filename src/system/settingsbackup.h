@@ -4,39 +4,13 @@
 #include "client/run.h"
 #include "client/settingsio.h"
 #include "session/session.h"
+#include "system/restorepreview.h"
 
-#include <QDialog>
 #include <QList>
 #include <QString>
 #include <functional>
 
-class QCheckBox;
-class QListWidget;
 class QWidget;
-
-// What a restore would write, shown before anything is: "address: setting: now -> file"
-// per line, and the box that lets the network settings be written too.
-class RestorePreview : public QDialog {
-    Q_OBJECT
-public:
-    struct Controller {
-        QString address;
-        Values now;
-        Values wanted;
-    };
-
-    RestorePreview(const QList<Controller>& controllers, QWidget* parent = nullptr);
-
-    bool withNetwork() const;
-    QStringList lines() const;
-
-private:
-    void fill();
-
-    QList<Controller> controllers_;
-    QListWidget* list_;
-    QCheckBox* network_;
-};
 
 // Saves the listed controllers' settings to a file of "panomat-ctl backup" and writes
 // such a file back, over the window's own connections with the panels locked.

@@ -2,6 +2,7 @@
 
 #include "client/wallapply.h"
 #include "protocol/wallplan.h"
+#include "wall/wallboard.h"
 
 #include <QList>
 #include <QString>
@@ -14,53 +15,6 @@ class QProgressBar;
 class QPushButton;
 class QSpinBox;
 class Session;
-
-// One output of one listed controller, as the planner shows it: "MAC / Out A".
-struct OutputChip {
-    QString mac;
-    QString address;
-    int output = 1; // 1..4
-    QString label() const;
-};
-
-// The wall drawn as rows x columns tiles beside the outputs as chips. A chip dragged
-// with the mouse onto a tile places that output there; dropped off the wall, it leaves
-// the wall. Tiles that no output shows and tiles two outputs show are written on; a
-// placed chip carries its tile's number.
-class WallBoard : public QWidget {
-    Q_OBJECT
-public:
-    explicit WallBoard(QWidget* parent = nullptr);
-
-    void setContent(const wallplan::Plan& plan, const QList<OutputChip>& chips);
-
-    // Where chip i and tile t (1-based) are drawn, in the board's coordinates.
-    QRect chipRect(int chip) const;
-    QRect tileRect(int tile) const;
-    int tileAt(QPoint point) const; // 0 off the wall
-
-    QSize sizeHint() const override { return {900, 480}; }
-    QSize minimumSizeHint() const override { return {520, 320}; }
-
-signals:
-    void dropped(int chip, int tile);
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-
-private:
-    QRect wallRect() const;
-    int chipsPerColumn() const;
-    QStringList labelsOn(int tile) const;
-
-    wallplan::Plan plan_;
-    QList<OutputChip> chips_;
-    int dragged_ = -1;
-    QPoint dragAt_;
-};
 
 // The wall planner: plans which output of which listed controller shows which tile,
 // keeps the plan in the plan file of "panomat-ctl wall", and applies it to the

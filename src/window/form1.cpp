@@ -23,6 +23,7 @@
 #include "wall/positiontrim.h"
 #include "wall/wallgeometry.h"
 #include "wall/wallplanner.h"
+#include "window/connect.h"
 #include "window/layout.h"
 #include "window/paintpacer.h"
 #include "window/statusrefresh.h"
@@ -70,9 +71,6 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent) {
     addReplyHandlers();
 
     connectPageSelectors();
-    connect(ui.btn_con, &QPushButton::clicked, this, &Form1::btn_con_Click);
-    connect(ui.btn_discon, &QPushButton::clicked, this, &Form1::btn_discon_Click);
-    events::onClick(ui.cbo_ipaddr, [this] { cbo_ipaddr_Click(); });
     connect(ui.btn_sys_refresh, &QPushButton::clicked, this, &Form1::RefreshAll);
 
     buildStopWaiting();
@@ -218,6 +216,7 @@ void Form1::buildFeatures() {
     pictureControls_ = std::make_unique<PictureControls>(s, *pictureRead_);
     power_ = std::make_unique<PowerModel>(s, *statusRead_);
     discovery_ = std::make_unique<DeviceDiscovery>(s);
+    connect_ = std::make_unique<ControllerConnect>(s, [this] { RefreshAll(); });
 }
 
 // Procedures over the window's own connections that work on many controllers at once.
@@ -350,58 +349,6 @@ void Form1::fillLists() {
 void Form1::ShowPage(int page) {
     for (int i = 0; i < PageCount; ++i)
         ui.frame_control[i]->setVisible(i == page);
-}
-
-// The wait of Connect and of a new selection: the selected socket must connect within
-// the pass limit, else "Connected error!".
-bool Form1::waitForSelected() {
-    Session& s = *session_;
-    const int index = s.selected();
-    if (s.pump().untilConnected([&] { return s.link().isConnected(index); }))
-        return true;
-    s.exclamation(QStringLiteral("Connected error!"));
-    return false;
-}
-
-void Form1::btn_con_Click() {
-    Session& s = *session_;
-    for (int i = 0; i < s.deviceCount(); ++i)
-        s.link().connectTo(i, s.address(i));
-    ui.lbl_con[2]->setVisible(true);
-    if (s.selected() < 0) {
-        s.exclamation(QStringLiteral("Please select a MAC to connect !"));
-        ui.lbl_con[2]->setVisible(false);
-        return;
-    }
-    const bool connected = waitForSelected();
-    if (s.cancelled())
-        return;
-    if (!connected) {
-        s.SetOffline();
-        return;
-    }
-    s.SetConnected();
-    s.link().write(s.selected(), QByteArrayLiteral("SOSDI\r\n"));
-    RefreshAll();
-}
-
-void Form1::cbo_ipaddr_Click() {
-    Session& s = *session_;
-    const int index = s.selected();
-    s.link().connectTo(index, s.address(index));
-    const bool connected = waitForSelected();
-    if (s.cancelled())
-        return;
-    if (connected) {
-        s.link().write(index, QByteArrayLiteral("SOSDI\r\n"));
-        RefreshAll();
-    } else if (!s.searchDone()) {
-        s.SetOffline();
-    }
-}
-
-void Form1::btn_discon_Click() {
-    session_->SetOffline();
 }
 
 void Form1::RefreshAll() {

@@ -28,6 +28,7 @@ class ConnectionIcons;
 class WaitStatus;
 class WallPlanner;
 class SettingsBackup;
+class ControllerConnect;
 
 // The main window: builds the controls, the session and the features, and wires the
 // reply handlers in their fixed order. Constructing it runs the start-up: lists filled,
@@ -54,9 +55,6 @@ public:
     void RefreshAll();
     void ReadBack(const QSet<protocol::Group>& changed);
 
-    void btn_con_Click();
-    void cbo_ipaddr_Click();
-    void btn_discon_Click();
     void StopWaiting();
 
 protected:
@@ -73,7 +71,6 @@ private:
     void addReplyHandlers();
     void buildMenus();
     void buildShortcuts();
-    bool waitForSelected();
 
     std::unique_ptr<Session> session_;
     std::unique_ptr<ReplyDispatcher> dispatcher_;
@@ -92,6 +89,7 @@ private:
     std::unique_ptr<PictureControls> pictureControls_;
     std::unique_ptr<PowerModel> power_;
     std::unique_ptr<DeviceDiscovery> discovery_;
+    std::unique_ptr<ControllerConnect> connect_;
 
     TrafficLog* traffic_ = nullptr;
     QAction* showMonitor_ = nullptr;

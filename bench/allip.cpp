@@ -150,11 +150,11 @@ int main(int argc, char* argv[]) {
         addresses << addressText(i);
     }
     form.ui.cbo_ipaddr->setCurrentIndex(0);
-    form.session().setAddresses(addresses);
+    form.services().setAddresses(addresses);
     for (int i = 0; i < Controllers; ++i)
-        form.session().link().connectTo(i, addresses[i]);
+        form.services().link().connectTo(i, addresses[i]);
     for (int i = 0; i < Controllers; ++i)
-        while (!form.session().link().isConnected(i))
+        while (!form.services().link().isConnected(i))
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     form.ui.frame_control[2]->setEnabled(true); // as once connected
     form.ui.chk_io[6]->setChecked(true);        // "ALL IP" for mute

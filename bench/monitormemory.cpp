@@ -45,7 +45,7 @@ int main(int argc, char* argv[]) {
     QTest::qWait(300);
     bench::Samples idle, after;
     idle.add(residentMiB());
-    DeviceLink& link = form.session().link();
+    DeviceLink& link = form.services().link();
     constexpr int Lines = 1000000;
     for (int i = 0; i < Lines; ++i) {
         if (i % 2)

@@ -3,8 +3,8 @@
 
 #include "bareclient.h"
 #include "measure.h"
-#include "simprocess.h"
 #include "monitor/trafficmonitor.h"
+#include "simprocess.h"
 #include "window/form1.h"
 
 #include <QApplication>
@@ -130,7 +130,7 @@ int main(int argc, char* argv[]) {
     Form1 form;
     form.ui.cbo_ipaddr->addItem(QStringLiteral("02-00-7F-3D-00-01"));
     form.ui.cbo_ipaddr->setCurrentIndex(0);
-    form.session().setAddresses(QStringList{QString::fromLatin1(Address)});
+    form.services().setAddresses(QStringList{QString::fromLatin1(Address)});
     form.ui.cbo_model->addItem(QStringLiteral(" 0")); // the controller's model number
     form.ui.con_interface->setEnabled(true);          // as after a search
     if (Shown) {
@@ -174,8 +174,9 @@ int main(int argc, char* argv[]) {
         idle(100);
         return ms;
     };
-    bench::alternate(runs, Unrecorded, [&] { return withMonitor(true); },
-                     [&] { return withMonitor(false); }, figure, floor);
+    bench::alternate(
+        runs, Unrecorded, [&] { return withMonitor(true); }, [&] { return withMonitor(false); },
+        figure, floor);
     bench::report(Name, "Connect to last reply handled, traffic monitor shown", figure,
                   "the same, traffic monitor hidden", floor, "ms");
     return 0;

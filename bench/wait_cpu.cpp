@@ -34,7 +34,7 @@ double cpuSeconds() {
 void listDevice(Form1& form, const QString& address) {
     form.ui.cbo_ipaddr->addItem(QStringLiteral("02-00-7F-3C-00-01"));
     form.ui.cbo_ipaddr->setCurrentIndex(0);
-    form.session().setAddresses(QStringList{address});
+    form.services().setAddresses(QStringList{address});
     form.ui.con_interface->setEnabled(true); // as after a search
 }
 

@@ -63,7 +63,7 @@ int main(int argc, char* argv[]) {
                            "connect to the same controllers.")
                 .arg(other);
         std::fprintf(stderr, "panomat-set: %s\n", qPrintable(text));
-        emit window.session().notice().hint(text);
+        emit window.services().notice().hint(text);
     }
     return app.exec();
 }

@@ -1,6 +1,6 @@
 #include "monitor/connectionicons.h"
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QComboBox>
 #include <QIcon>
@@ -66,7 +66,7 @@ QString ConnectionIcons::stateText(int state) {
     return QStringLiteral("not connected");
 }
 
-ConnectionIcons::ConnectionIcons(Session& session) : s_(session) {
+ConnectionIcons::ConnectionIcons(WindowServices& session) : s_(session) {
     connect(&s_.link(), &DeviceLink::stateChanged, this, &ConnectionIcons::show);
     QAbstractItemModel* devices = s_.ui().cbo_ipaddr->model();
     connect(devices, &QAbstractItemModel::rowsInserted, this, &ConnectionIcons::showAll);

@@ -2,8 +2,8 @@
 
 #include "link/trafficlog.h"
 #include "protocol/safefile.h"
-#include "session/filedialogs.h"
-#include "session/session.h"
+#include "services/filedialogs.h"
+#include "services/windowservices.h"
 
 #include <QBuffer>
 #include <QComboBox>
@@ -48,7 +48,7 @@ void TrafficMonitor::showCounts() {
     dropped_->setText(counts.join(QLatin1String("; ")));
 }
 
-TrafficMonitor::TrafficMonitor(Session& session, TrafficLog& log, QWidget* parent)
+TrafficMonitor::TrafficMonitor(WindowServices& session, TrafficLog& log, QWidget* parent)
     : QDockWidget(QStringLiteral("Traffic monitor"), parent), s_(session), log_(&log) {
     setObjectName(QStringLiteral("traffic_monitor"));
     filter_ = new TrafficFilter(this);

@@ -7,7 +7,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTableView;
-class Session;
+class WindowServices;
 class TrafficFilter;
 class TrafficLog;
 
@@ -18,7 +18,7 @@ class TrafficMonitor : public QDockWidget {
     Q_OBJECT
 public:
     // log records from the start; the dock is built only when first wanted.
-    TrafficMonitor(Session& session, TrafficLog& log, QWidget* parent = nullptr);
+    TrafficMonitor(WindowServices& session, TrafficLog& log, QWidget* parent = nullptr);
     ~TrafficMonitor() override;
 
     TrafficLog& log() { return *log_; }
@@ -32,7 +32,7 @@ private:
     void fillControllerFilter();
     void save();
 
-    Session& s_;
+    WindowServices& s_;
     TrafficLog* log_;
     TrafficFilter* filter_;
     QTableView* view_;

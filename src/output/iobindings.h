@@ -1,7 +1,7 @@
 #pragma once
 
 #include "protocol/catalogue.h"
-#include "session/controls.h"
+#include "services/controls.h"
 
 // The I/O page's controls and the settings they show, in the order the page is read.
 // A list shows its setting's values from the setting's minimum; the mute setting is

@@ -4,15 +4,15 @@
 #include "output/iosetup.h"
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
-#include "session/session.h"
+#include "services/events.h"
+#include "services/windowservices.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QRadioButton>
 
-IoSetters::IoSetters(Session& session, const IoSetup& page) : s_(session), page_(page) {
+IoSetters::IoSetters(WindowServices& session, const IoSetup& page) : s_(session), page_(page) {
     Controls& ui = s_.ui();
     events::onClick(ui.cbo_reso, [this] { cbo_reso_Click(); });
     events::onClick(ui.cbo_info_play, [this] { cbo_info_play_Click(); });
@@ -40,7 +40,7 @@ void IoSetters::sendPick(IoControl control) {
 }
 
 void IoSetters::cbo_reso_Click() {
-    if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
+    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || page_.busy())
         return;
     sendPick(Reso);
 }
@@ -53,20 +53,20 @@ void IoSetters::cbo_info_play_Click() {
 }
 
 void IoSetters::cbo_osd_Click(int index) {
-    if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
+    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || page_.busy())
         return;
     sendPick(index == 0 ? OsdH : OsdV);
 }
 
 // The list shows the timeout itself, from the setting's minimum.
 void IoSetters::cbo_osd_time_Click() {
-    if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
+    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || page_.busy())
         return;
     sendPick(OsdTime);
 }
 
 void IoSetters::cbo_osd_gain_Click() {
-    if (!s_.guard(Session::Refusal::ClearModelFirst) || page_.busy())
+    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || page_.busy())
         return;
     sendPick(Gain);
 }
@@ -89,7 +89,7 @@ void IoSetters::cbo_osd_gain_KeyDown(int keyCode) {
 // minimum - 1 < v < maximum + 1 ("20.9" and "-0.5" pass). Typing is not held back by a
 // read or reset of the page: only picks are.
 void IoSetters::typedSetter(IoControl control, int keyCode) {
-    if (!s_.guard(Session::Refusal::ClearModelFirst) || keyCode != events::KeyEnter)
+    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || keyCode != events::KeyEnter)
         return;
     const IoBinding& b = IoBindings[control];
     const protocol::Setting& setting = b.bound();

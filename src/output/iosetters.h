@@ -3,14 +3,14 @@
 #include "output/iobindings.h"
 
 class IoSetup;
-class Session;
+class WindowServices;
 
 // The I/O page's seven setters: a pick, an option click or Enter in an editable list
 // sends the setting at once, to the selected controller or, with that setting's own
 // "ALL IP" box ticked, to every listed one. Nothing is awaited.
 class IoSetters {
 public:
-    IoSetters(Session& session, const IoSetup& page);
+    IoSetters(WindowServices& session, const IoSetup& page);
 
     void cbo_reso_Click();
     void cbo_info_play_Click();
@@ -26,6 +26,6 @@ private:
     void sendPick(IoControl control);
     void typedSetter(IoControl control, int keyCode);
 
-    Session& s_;
+    WindowServices& s_;
     const IoSetup& page_;
 };

@@ -4,13 +4,13 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
+#include "services/events.h"
 
 #include <QComboBox>
 #include <QPushButton>
 #include <QRadioButton>
 
-IoSetup::IoSetup(Session& session) : s_(session) {
+IoSetup::IoSetup(WindowServices& session) : s_(session) {
     for (int i = 0; i < 3; ++i) {
         QPushButton* button = s_.ui().btn_io_rst[i];
         QObject::connect(button, &QPushButton::clicked, button, [this, i] { btn_io_rst_Click(i); });
@@ -21,7 +21,8 @@ void IoSetup::ReadIoSetup() {
     if (!s_.guard())
         return;
     const BusyButtons busy{s_.ui().btn_io_rst[0]};
-    s_.request(read_, IoControlCount, [](int k) { return protocol::readLine(IoBindings[k].bound()); });
+    s_.request(read_, IoControlCount,
+               [](int k) { return protocol::readLine(IoBindings[k].bound()); });
 }
 
 // Each list set here raises its Click; the setters stay silent while the read is busy.

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 
 // The I/O page read back from the selected controller, the OSD reset and "OSD Info".
 class IoSetup {
 public:
-    explicit IoSetup(Session& session);
+    explicit IoSetup(WindowServices& session);
 
     void ReadIoSetup();
     void HandleIoSetupReply(const QString& reply);
@@ -20,7 +20,7 @@ private:
     void resetOsd();
     void showDefaults();
 
-    Session& s_;
+    WindowServices& s_;
     WaitStep read_{"I/O read"};
     WaitStep osdReset_{"OSD reset"};
 };

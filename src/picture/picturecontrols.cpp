@@ -3,12 +3,12 @@
 #include "picture/pictureread.h"
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
+#include "services/events.h"
 
 #include <QComboBox>
 #include <QLineEdit>
 
-PictureControls::PictureControls(Session& session, const PictureRead& grid)
+PictureControls::PictureControls(WindowServices& session, const PictureRead& grid)
     : s_(session), grid_(grid) {
     for (int p = 0; p < 4; ++p)
         for (int n = 1; n <= 4; ++n) {

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "protocol/catalogue.h"
-#include "session/controls.h"
+#include "services/controls.h"
 
 #include <QString>
 
 class PictureRead;
 class QComboBox;
-class Session;
+class WindowServices;
 
 // The grid's rows in the order they are read, each the family of one picture
 // parameter kept per output; a row's members 1..4 are the outputs.
@@ -33,13 +33,13 @@ inline const protocol::Setting& pictureSetting(int parameter, int output) {
 // belong to the reset buttons. Nothing is awaited.
 class PictureControls {
 public:
-    PictureControls(Session& session, const PictureRead& grid);
+    PictureControls(WindowServices& session, const PictureRead& grid);
 
     // parameter 0 brightness, 1 contrast, 2 saturation, 3 hue; output 1..4.
     void pictureClick(int parameter, int output);
     void pictureKeyDown(int parameter, int output, int keyCode);
 
 private:
-    Session& s_;
+    WindowServices& s_;
     const PictureRead& grid_;
 };

@@ -3,7 +3,7 @@
 #include "picture/picturecontrols.h"
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
+#include "services/events.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -20,7 +20,7 @@ const protocol::Command& resetOf(protocol::Action action) {
 
 } // namespace
 
-PictureRead::PictureRead(Session& session) : s_(session) {
+PictureRead::PictureRead(WindowServices& session) : s_(session) {
     for (int i = 0; i < 6; ++i)
         QObject::connect(s_.ui().btn_img_rst[i], &QPushButton::clicked, s_.ui().btn_img_rst[i],
                          [this, i] { btn_img_rst_Click(i); });

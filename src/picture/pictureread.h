@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 
@@ -8,7 +8,7 @@
 // buttons: one per parameter row, "Picture Reset" of all four, and "Refresh".
 class PictureRead {
 public:
-    explicit PictureRead(Session& session);
+    explicit PictureRead(WindowServices& session);
     void ReadPicture();
     void HandlePictureReply(const QString& reply);
     void HandlePictureResetReply(const QString& reply);
@@ -23,7 +23,7 @@ private:
     // rows show their defaults once it is armed.
     void reset(bool all, const QByteArray& line, int firstRow, int rows);
 
-    Session& s_;
+    WindowServices& s_;
     WaitStep read_{"Picture read"};
     WaitStep reset_{"Picture reset"};
 };

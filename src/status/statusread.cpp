@@ -2,7 +2,7 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
+#include "services/events.h"
 
 #include <QComboBox>
 #include <QPushButton>
@@ -20,7 +20,7 @@ QByteArray readOf(Step step) {
 
 } // namespace
 
-StatusRead::StatusRead(Session& session) : s_(session) {}
+StatusRead::StatusRead(WindowServices& session) : s_(session) {}
 
 void StatusRead::ReadStatus() {
     if (!s_.guard())
@@ -37,8 +37,7 @@ bool StatusRead::readBezelMode() {
 }
 
 bool StatusRead::readBypassThenBezelMode(const std::function<void()>& between) {
-    return s_.request(step_,
-                      {readOf(Bypass), readOf(BezelMode)},
+    return s_.request(step_, {readOf(Bypass), readOf(BezelMode)},
                       {.from = Bypass, .answered = [&between](int replies) {
                            if (replies == 1)
                                between();
@@ -77,7 +76,7 @@ void StatusRead::HandleStatusReply(const QString& reply) {
         events::setOption(ui.opt_bezel[on ? 1 : 0]);
         break;
     case Firmware: // "102" is v1.02
-        s_.setTitle(Session::Title + QStringLiteral("    FW: v") + value.left(1) + u'.' +
+        s_.setTitle(WindowServices::Title + QStringLiteral("    FW: v") + value.left(1) + u'.' +
                     value.mid(1, 2));
         break;
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 
@@ -10,7 +10,7 @@
 // handlers it sets stay silent while it runs.
 class StatusRead {
 public:
-    explicit StatusRead(Session& session);
+    explicit StatusRead(WindowServices& session);
 
     void ReadStatus();
     // The single reads, each answered through the status reply handler.
@@ -27,6 +27,6 @@ public:
     void HandleStatusReply(const QString& reply);
 
 private:
-    Session& s_;
+    WindowServices& s_;
     WaitStep step_{"Status read"};
 };

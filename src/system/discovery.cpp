@@ -3,8 +3,8 @@
 #include "client/hostlist.h"
 #include "client/searchrun.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
-#include "session/session.h"
+#include "services/events.h"
+#include "services/windowservices.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -20,7 +20,7 @@ const QString WayOut = QStringLiteral("\"Stop waiting\" (Esc) cancels the search
 
 } // namespace
 
-DeviceDiscovery::DeviceDiscovery(Session& session) : s_(session) {
+DeviceDiscovery::DeviceDiscovery(WindowServices& session) : s_(session) {
     QObject::connect(s_.ui().btn_sys_search, &QPushButton::clicked, s_.ui().btn_sys_search,
                      [this] { btn_sys_search_Click(); });
 }

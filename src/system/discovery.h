@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-class Session;
+class WindowServices;
 namespace search {
 class Run;
 struct HostList;
@@ -16,7 +16,7 @@ class DeviceDiscovery {
 public:
     static constexpr int MaxDevices = 255;
 
-    explicit DeviceDiscovery(Session& session);
+    explicit DeviceDiscovery(WindowServices& session);
 
     void btn_sys_search_Click();
 
@@ -24,7 +24,7 @@ private:
     bool waitFor(search::Run& run, const search::HostList& hosts);
     void FillModelList();
 
-    Session& s_;
+    WindowServices& s_;
     bool running_ = false;
     QString ip_text; // the last line of IP.txt
 };

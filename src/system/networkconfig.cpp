@@ -2,7 +2,7 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
+#include "services/events.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -22,7 +22,7 @@ const protocol::Command& restart() {
 
 } // namespace
 
-NetworkConfig::NetworkConfig(Session& session) : s_(session) {
+NetworkConfig::NetworkConfig(WindowServices& session) : s_(session) {
     Controls& ui = s_.ui();
     QObject::connect(ui.btn_ip_get, &QPushButton::clicked, ui.btn_ip_get,
                      [this] { btn_ip_get_Click(); });

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 #include <QtGlobal>
@@ -9,7 +9,7 @@
 // Writing or re-linking restarts the controller's network, so the link ends.
 class NetworkConfig {
 public:
-    explicit NetworkConfig(Session& session);
+    explicit NetworkConfig(WindowServices& session);
 
     void btn_ip_get_Click();
     void btn_ip_set_Click();
@@ -22,7 +22,7 @@ private:
     void writeStatic();
     void writeDhcp();
 
-    Session& s_;
+    WindowServices& s_;
     WaitStep read_{"Network read"};
     WaitStep write_{"Set IP"};
     WaitStep mode_{"Set DHCP / Re-Link"};

@@ -1,7 +1,7 @@
 #include "system/powermodel.h"
 
 #include "protocol/command.h"
-#include "session/events.h"
+#include "services/events.h"
 #include "status/statusread.h"
 
 #include <QCheckBox>
@@ -15,7 +15,7 @@ constexpr int ResetAllIpBox = 1;
 
 } // namespace
 
-PowerModel::PowerModel(Session& session, StatusRead& status) : s_(session), status_(status) {
+PowerModel::PowerModel(WindowServices& session, StatusRead& status) : s_(session), status_(status) {
     Controls& ui = s_.ui();
     for (int i = 0; i < 3; ++i)
         QObject::connect(ui.power_ctl[i], &QPushButton::clicked, ui.power_ctl[i],
@@ -43,7 +43,7 @@ void PowerModel::power_ctl_Click(int index) {
 
 // A status read sets this list from the controller's reply; that must not send it back.
 void PowerModel::cbo_model_Click() {
-    if (!s_.guard(Session::Refusal::ClearModelFirst) || status_.busy())
+    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || status_.busy())
         return;
     s_.send(command::line(*protocol::setting("model").write, s_.ui().cbo_model->currentIndex()));
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 
@@ -11,7 +11,7 @@ class StatusRead;
 // controller; the model number always goes to the selected one.
 class PowerModel {
 public:
-    PowerModel(Session& session, StatusRead& status);
+    PowerModel(WindowServices& session, StatusRead& status);
 
     void power_ctl_Click(int index);
     void cbo_model_Click();
@@ -20,7 +20,7 @@ public:
     void HandleResetReply(const QString& reply);
 
 private:
-    Session& s_;
+    WindowServices& s_;
     StatusRead& status_;
     WaitStep reset_{"Factory reset"};
 };

@@ -2,7 +2,7 @@
 
 #include "client/hostlist.h"
 #include "protocol/safefile.h"
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -43,7 +43,7 @@ bool isHostEntry(const QString& entry) {
 
 } // namespace
 
-SearchNetworks::SearchNetworks(Session& session, QWidget* parent)
+SearchNetworks::SearchNetworks(WindowServices& session, QWidget* parent)
     : QDialog(parent), s_(session), source_(new QLabel), entries_(new QListWidget),
       editor_(new QPlainTextEdit) {
     setObjectName(QStringLiteral("search_networks"));

@@ -5,7 +5,7 @@
 class QLabel;
 class QListWidget;
 class QPlainTextEdit;
-class Session;
+class WindowServices;
 
 // File > Networks to search...: which hosts "Search MAC" probes and where that comes
 // from (the environment, the user's list, the system's, the list beside the search
@@ -16,7 +16,7 @@ class SearchNetworks : public QDialog {
 public:
     static constexpr int MaxShownEntries = 500;
 
-    SearchNetworks(Session& session, QWidget* parent = nullptr);
+    SearchNetworks(WindowServices& session, QWidget* parent = nullptr);
 
     // Writes the text as the user's list: false, after a message, when an entry is no
     // host or the file cannot be written; nothing is written then.
@@ -27,7 +27,7 @@ public:
 private:
     void showInForce();
 
-    Session& s_;
+    WindowServices& s_;
     QLabel* source_;
     QListWidget* entries_;
     QPlainTextEdit* editor_;

@@ -3,8 +3,8 @@
 #include "client/restore.h"
 #include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
-#include "session/filedialogs.h"
-#include "session/session.h"
+#include "services/filedialogs.h"
+#include "services/windowservices.h"
 
 #include <QComboBox>
 #include <QDateTime>
@@ -28,7 +28,7 @@ QString summary(const QString& head, const QStringList& done, const QStringList&
 
 } // namespace
 
-SettingsBackup::SettingsBackup(Session& session, ReadBack readBack, QWidget* parent)
+SettingsBackup::SettingsBackup(WindowServices& session, ReadBack readBack, QWidget* parent)
     : s(session), readBack_(std::move(readBack)), parent_(parent) {}
 
 bool SettingsBackup::ready(const QString& what) {

@@ -3,7 +3,7 @@
 #include "client/report.h"
 #include "client/run.h"
 #include "client/settingsio.h"
-#include "session/session.h"
+#include "services/windowservices.h"
 #include "system/restorepreview.h"
 
 #include <QList>
@@ -19,7 +19,7 @@ public:
     static constexpr int TimeoutMs = 2000;
 
     // readBack: the window's reading of its pages, run once the sockets are given back.
-    SettingsBackup(Session& session, ReadBack readBack, QWidget* parent);
+    SettingsBackup(WindowServices& session, ReadBack readBack, QWidget* parent);
 
     // The menu entries: ask what to save or which file to restore, then go on below.
     void saveAsked();
@@ -36,7 +36,7 @@ private:
     client::Runner runner(const char* procedure, const QList<client::LentTarget>& targets);
     void finishRestore(const client::Report& report, const QList<client::LentTarget>& targets);
 
-    Session& s;
+    WindowServices& s;
     ReadBack readBack_;
     QWidget* parent_;
 };

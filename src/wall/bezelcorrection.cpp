@@ -2,7 +2,7 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
+#include "services/events.h"
 #include "status/statusread.h"
 
 #include <QCheckBox>
@@ -31,7 +31,7 @@ const protocol::Command& resetBezel() {
 
 } // namespace
 
-BezelCorrection::BezelCorrection(Session& session, StatusRead& status)
+BezelCorrection::BezelCorrection(WindowServices& session, StatusRead& status)
     : s_(session), status_(status) {
     Controls& ui = s_.ui();
     // The one Send sends both columns; the V column's Send has no action of its own.

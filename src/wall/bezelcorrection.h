@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 
@@ -9,7 +9,7 @@ class StatusRead;
 // Horizontal and vertical bezel correction of the four outputs, and its on/off switch.
 class BezelCorrection {
 public:
-    BezelCorrection(Session& session, StatusRead& status);
+    BezelCorrection(WindowServices& session, StatusRead& status);
 
     void btn_H_Bezel_send_Click();
     void btn_panomat_refresh_Click();
@@ -21,7 +21,7 @@ public:
     void HandleWallDefaultReply(const QString& reply);
 
 private:
-    Session& s_;
+    WindowServices& s_;
     StatusRead& status_;
     WaitStep read_{"Bezel read"};
     WaitStep write_{"Bezel send"};

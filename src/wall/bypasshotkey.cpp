@@ -7,7 +7,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 
-BypassHotKey::BypassHotKey(Session& session, StatusRead& status) : s_(session), status_(status) {
+BypassHotKey::BypassHotKey(WindowServices& session, StatusRead& status)
+    : s_(session), status_(status) {
     for (int i = 0; i < 2; ++i)
         QObject::connect(s_.ui().opt_ch4_bypass[i], &QRadioButton::clicked,
                          [this, i] { opt_ch4_bypass_Click(i); });

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 
@@ -11,7 +11,7 @@ class StatusRead;
 // bypass state is read back after each one.
 class BypassHotKey {
 public:
-    BypassHotKey(Session& session, StatusRead& status);
+    BypassHotKey(WindowServices& session, StatusRead& status);
 
     void opt_ch4_bypass_Click(int index);
     void btn_tv_fs_Click(int index);
@@ -19,7 +19,7 @@ public:
     void HandleHotKeyReply(const QString& reply);
 
 private:
-    Session& s_;
+    WindowServices& s_;
     StatusRead& status_;
     WaitStep hotKey_{"Hot key"};
 };

@@ -5,7 +5,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 
-Favourites::Favourites(Session& session, std::function<void()> readBack)
+Favourites::Favourites(WindowServices& session, std::function<void()> readBack)
     : s_(session), readBack_(std::move(readBack)) {
     for (int slot = 1; slot < int(s_.ui().btn_save.size()); ++slot) {
         QObject::connect(s_.ui().btn_save[slot], &QPushButton::clicked,

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 #include <functional>
@@ -11,7 +11,7 @@
 class Favourites {
 public:
     // readBack shows the recalled bypass, bezel mode and bezel values.
-    Favourites(Session& session, std::function<void()> readBack);
+    Favourites(WindowServices& session, std::function<void()> readBack);
 
     void btn_save_Click(int index);
     void btn_recall_Click(int index);
@@ -19,7 +19,7 @@ public:
     void HandleRecallReply(const QString& reply);
 
 private:
-    Session& s_;
+    WindowServices& s_;
     std::function<void()> readBack_;
     WaitStep recall_{"Recall"};
 };

@@ -23,7 +23,7 @@ const int Zero = int(-trimOf(0).min);
 
 } // namespace
 
-PositionTrim::PositionTrim(Session& session) : s_(session) {
+PositionTrim::PositionTrim(WindowServices& session) : s_(session) {
     for (int i = 0; i < 16; ++i) {
         QScrollBar* bar = s_.ui().HS_A[i];
         bar->setSingleStep(1);
@@ -82,13 +82,11 @@ void PositionTrim::ReadPositionTrim() {
     const BusyButtons busy{ui.btn_posi[0], ui.btn_posi[1]};
     ui.ProgressBar1->setVisible(true);
     ui.ProgressBar1->setValue(0);
-    const bool read = s_.request(
-        read_, 16,
-        [](int k) { return protocol::readLine(trimOf(k)); },
-        {.answered = [&ui](int replies) {
-            if (replies % 4 == 0)
-                ui.ProgressBar1->setValue(replies / 4 * 25);
-        }});
+    const bool read = s_.request(read_, 16, [](int k) { return protocol::readLine(trimOf(k)); },
+                                 {.answered = [&ui](int replies) {
+                                     if (replies % 4 == 0)
+                                         ui.ProgressBar1->setValue(replies / 4 * 25);
+                                 }});
     if (read)
         ui.ProgressBar1->setVisible(false);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 
@@ -9,7 +9,7 @@
 // in the command's keyword ("SM..." minus, "SP..." plus), the magnitude as the number.
 class PositionTrim {
 public:
-    explicit PositionTrim(Session& session);
+    explicit PositionTrim(WindowServices& session);
 
     void ReadPositionTrim();
     void HandleTrimReply(const QString& reply);
@@ -21,6 +21,6 @@ public:
 private:
     void showTrim(int index, int position);
 
-    Session& s_;
+    WindowServices& s_;
     WaitStep read_{"Trim read"};
 };

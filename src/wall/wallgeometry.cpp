@@ -2,7 +2,7 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
+#include "services/events.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -22,14 +22,16 @@ const protocol::Command& tileCommand() {
 
 } // namespace
 
-WallGeometry::WallGeometry(Session& session) : s_(session) {
+WallGeometry::WallGeometry(WindowServices& session) : s_(session) {
     Controls& ui = s_.ui();
     events::onClick(ui.cbo_tv_row, [this] { cbo_tv_row_Click(); });
     events::onClick(ui.cbo_tv_col, [this] { cbo_tv_col_Click(); });
     events::onClick(ui.cbo_tv_ch, [this] { cbo_tv_ch_Click(); });
     events::onClick(ui.cbo_tv_posi, [this] { cbo_tv_posi_Click(); });
-    events::onChange(ui.cbo_tv_row, [this] { typedSize(s_.ui().cbo_tv_row, wall_rows, "wall.rows"); });
-    events::onChange(ui.cbo_tv_col, [this] { typedSize(s_.ui().cbo_tv_col, wall_cols, "wall.cols"); });
+    events::onChange(ui.cbo_tv_row,
+                     [this] { typedSize(s_.ui().cbo_tv_row, wall_rows, "wall.rows"); });
+    events::onChange(ui.cbo_tv_col,
+                     [this] { typedSize(s_.ui().cbo_tv_col, wall_cols, "wall.cols"); });
     events::onChange(ui.cbo_tv_posi, [this] { cbo_tv_posi_Change(); });
     QObject::connect(ui.btn_panomat_send, &QPushButton::clicked,
                      [this] { btn_panomat_send_Click(); });
@@ -108,8 +110,7 @@ void WallGeometry::btn_panomat_send_Click() {
         s_.exclamation(QStringLiteral("Please choose the correct values !"));
         return;
     }
-    const QByteArray size =
-        command::line(sizeCommand(), wall_rows, wall_cols, wall_channel);
+    const QByteArray size = command::line(sizeCommand(), wall_rows, wall_cols, wall_channel);
     const QByteArray tile = command::line(tileCommand(), wall_channel, wall_position);
     // With ALL IP every controller gets each line, but only the selected one's
     // acknowledgement is read.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QString>
 #include <QtGlobal>
@@ -11,7 +11,7 @@ class QComboBox;
 // and channel, then "SCO" channel and tile, each after the controller's acknowledgement.
 class WallGeometry {
 public:
-    explicit WallGeometry(Session& session);
+    explicit WallGeometry(WindowServices& session);
 
     void OnWallReply(const QString& reply);
 
@@ -27,7 +27,7 @@ private:
     void cbo_tv_posi_Change();
     quint8 tileCount() const;
 
-    Session& s_;
+    WindowServices& s_;
     WaitStep send_{"Wall send"};
     // The operator's choice; 0 until chosen. Nothing resets them.
     quint8 wall_rows = 0;

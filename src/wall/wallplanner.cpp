@@ -2,8 +2,8 @@
 
 #include "protocol/catalogue.h"
 #include "protocol/jsonfile.h"
-#include "session/filedialogs.h"
-#include "session/session.h"
+#include "services/filedialogs.h"
+#include "services/windowservices.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -31,10 +31,10 @@ QString tileList(const QList<int>& tiles) {
 
 } // namespace
 
-WallPlanner::WallPlanner(Session& session, std::function<void()> refresh, QWidget* parent)
+WallPlanner::WallPlanner(WindowServices& session, std::function<void()> refresh, QWidget* parent)
     : QWidget(parent, Qt::Window), s(session), refresh_(std::move(refresh)) {
     setObjectName(QStringLiteral("wall_planner"));
-    setWindowTitle(QStringLiteral("Wall planner - %1").arg(Session::Title));
+    setWindowTitle(QStringLiteral("Wall planner - %1").arg(WindowServices::Title));
     build();
     setWallSize(2, 2);
 }

@@ -14,7 +14,7 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class QSpinBox;
-class Session;
+class WindowServices;
 
 // The wall planner: plans which output of which listed controller shows which tile,
 // keeps the plan in the plan file of "panomat-ctl wall", and applies it to the
@@ -25,7 +25,7 @@ public:
     static constexpr int TimeoutMs = 2000;
 
     // refresh: the window's full refresh, run once an apply has given the sockets back.
-    WallPlanner(Session& session, std::function<void()> refresh, QWidget* parent = nullptr);
+    WallPlanner(WindowServices& session, std::function<void()> refresh, QWidget* parent = nullptr);
 
     const wallplan::Plan& plan() const { return plan_; }
     WallBoard* board() const { return board_; }
@@ -52,7 +52,7 @@ private:
     QStringList unconnected(const QList<client::Placement>& placements) const;
     void warn(const QString& text);
 
-    Session& s;
+    WindowServices& s;
     std::function<void()> refresh_;
     wallplan::Plan plan_;
     QList<OutputChip> chips_;

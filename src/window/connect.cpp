@@ -1,14 +1,14 @@
 #include "window/connect.h"
 
 #include "protocol/command.h"
-#include "session/events.h"
-#include "session/session.h"
+#include "services/events.h"
+#include "services/windowservices.h"
 
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
 
-ControllerConnect::ControllerConnect(Session& session, std::function<void()> refresh)
+ControllerConnect::ControllerConnect(WindowServices& session, std::function<void()> refresh)
     : s_(session), refresh_(std::move(refresh)) {
     Controls& ui = s_.ui();
     QObject::connect(ui.btn_con, &QPushButton::clicked, ui.btn_con, [this] { btn_con_Click(); });

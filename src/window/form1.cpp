@@ -4,13 +4,13 @@
 #include "link/trafficlog.h"
 #include "monitor/connectionicons.h"
 #include "monitor/trafficmonitor.h"
-#include "monitor/waitstatus.h"
 #include "output/iosetters.h"
 #include "output/iosetup.h"
 #include "picture/picturecontrols.h"
 #include "picture/pictureread.h"
 #include "protocol/legacytext.h"
-#include "session/events.h"
+#include "services/events.h"
+#include "services/waitstatus.h"
 #include "status/statusread.h"
 #include "system/discovery.h"
 #include "system/networkconfig.h"
@@ -60,8 +60,8 @@ Form1::Form1(QWidget* parent) : QMainWindow(parent) {
     area->setWidget(content);
     setCentralWidget(area);
     new PaintPacer(this);
-    session_ = std::make_unique<Session>(this, ui);
-    Session& s = *session_;
+    services_ = std::make_unique<WindowServices>(this, ui);
+    WindowServices& s = *services_;
 
     dispatcher_ = std::make_unique<ReplyDispatcher>(s.link(), [&s] { return s.selected(); });
     // The box shows the last chunk received, exactly as it came.
@@ -93,7 +93,7 @@ void Form1::buildStopWaiting() {
     stop->setEnabled(false);
     statusBar()->addPermanentWidget(stop);
     connect(stop, &QPushButton::clicked, this, &Form1::StopWaiting);
-    connect(&session_->pump(), &WaitPump::waitingChanged, stop, &QPushButton::setEnabled);
+    connect(&services_->pump(), &WaitPump::waitingChanged, stop, &QPushButton::setEnabled);
     auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(escape, &QShortcut::activated, this, &Form1::StopWaiting);
 }
@@ -101,7 +101,7 @@ void Form1::buildStopWaiting() {
 // Beside the documented window: the traffic monitor (View menu, Ctrl+M), each listed
 // controller's connection state, what a running wait waits for, and Help, About.
 void Form1::buildMonitor() {
-    Session& s = *session_;
+    WindowServices& s = *services_;
     traffic_ = new TrafficLog(
         s.link(),
         [&s](int i) {
@@ -129,7 +129,7 @@ void Form1::buildMonitor() {
 TrafficMonitor& Form1::monitor() {
     if (monitor_)
         return *monitor_;
-    monitor_ = new TrafficMonitor(*session_, *traffic_, this);
+    monitor_ = new TrafficMonitor(*services_, *traffic_, this);
     addDockWidget(Qt::RightDockWidgetArea, monitor_);
     monitor_->hide();
     // Room for the text of the rows when first shown; the operator may drag it after.
@@ -147,7 +147,7 @@ TrafficMonitor& Form1::monitor() {
 WallPlanner& Form1::planner() {
     if (!planner_)
         planner_ = new WallPlanner(
-            *session_, [this] { RefreshAll(); }, this);
+            *services_, [this] { RefreshAll(); }, this);
     return *planner_;
 }
 
@@ -156,7 +156,7 @@ WallPlanner& Form1::planner() {
 void Form1::ReadBack(const QSet<protocol::Group>& changed) {
     using enum protocol::Group;
     RefreshAll();
-    if (session_->cancelled() || !session_->isConnected())
+    if (services_->cancelled() || !services_->isConnected())
         return;
     if (changed.contains(Brightness) || changed.contains(Contrast) ||
         changed.contains(Saturation) || changed.contains(Hue))
@@ -177,7 +177,7 @@ void Form1::showAbout() {
 // Every running wait ends as on closing: the stopped handlers send and show nothing
 // more and forget their half-done sequences, and the window goes offline.
 void Form1::StopWaiting() {
-    Session& s = *session_;
+    WindowServices& s = *services_;
     if (!s.pump().waiting())
         return;
     const QString abandoned = waitStatus_->current();
@@ -201,7 +201,7 @@ Form1::~Form1() {
 
 // Features that need another's procedure get that procedure, not the window.
 void Form1::buildFeatures() {
-    Session& s = *session_;
+    WindowServices& s = *services_;
     statusRead_ = std::make_unique<StatusRead>(s);
     network_ = std::make_unique<NetworkConfig>(s);
     bezel_ = std::make_unique<BezelCorrection>(s, *statusRead_);
@@ -222,7 +222,7 @@ void Form1::buildFeatures() {
 // Procedures over the window's own connections that work on many controllers at once.
 void Form1::buildMenus() {
     backup_ = std::make_unique<SettingsBackup>(
-        *session_, [this](const QSet<protocol::Group>& changed) { ReadBack(changed); }, this);
+        *services_, [this](const QSet<protocol::Group>& changed) { ReadBack(changed); }, this);
     QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
     file->addAction(QStringLiteral("&Save controller settings..."), this,
                     [this] { backup_->saveAsked(); });
@@ -230,7 +230,7 @@ void Form1::buildMenus() {
                     [this] { backup_->restoreAsked(); });
     file->addSeparator();
     file->addAction(QStringLiteral("&Networks to search..."), this, [this] {
-        SearchNetworks networks(*session_, this);
+        SearchNetworks networks(*services_, this);
         networks.exec();
     });
     file->addSeparator();
@@ -282,7 +282,7 @@ void Form1::connectPageSelectors() {
 }
 
 void Form1::Form_Load() {
-    session_->StartUp();
+    services_->StartUp();
     fillLists();
 }
 
@@ -341,7 +341,7 @@ void Form1::fillLists() {
     fill(ui.cbo_osd[0], items("osd.h_offset"));
     fill(ui.cbo_osd[1], items("osd.v_offset"));
     fill(ui.cbo_osd_gain, items("osd.gain"));
-    session_->SetOffline();
+    services_->SetOffline();
     fill(ui.cbo_osd_time, items("osd.timeout"));
 }
 
@@ -357,6 +357,6 @@ void Form1::RefreshAll() {
 
 void Form1::closeEvent(QCloseEvent* event) {
     // Every running wait ends; nothing more is sent or shown.
-    session_->pump().cancel();
+    services_->pump().cancel();
     QMainWindow::closeEvent(event);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "session/controls.h"
-#include "session/session.h"
+#include "services/controls.h"
+#include "services/windowservices.h"
 
 #include <QMainWindow>
 #include <memory>
@@ -30,7 +30,7 @@ class WallPlanner;
 class SettingsBackup;
 class ControllerConnect;
 
-// The main window: builds the controls, the session and the features, and wires the
+// The main window: builds the controls, its services and the features, and wires the
 // reply handlers in their fixed order. Constructing it runs the start-up: lists filled,
 // not connected, every page disabled until a search has found controllers and one is
 // connected.
@@ -43,7 +43,7 @@ public:
     // The controls, by the names the window gives them.
     Controls ui;
 
-    Session& session() { return *session_; }
+    WindowServices& services() { return *services_; }
     // Built when first shown or asked for.
     TrafficMonitor& monitor();
 
@@ -72,7 +72,7 @@ private:
     void buildMenus();
     void buildShortcuts();
 
-    std::unique_ptr<Session> session_;
+    std::unique_ptr<WindowServices> services_;
     std::unique_ptr<ReplyDispatcher> dispatcher_;
 
     std::unique_ptr<StatusRead> statusRead_;

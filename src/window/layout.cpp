@@ -1,7 +1,7 @@
 #include "window/layout.h"
 
 #include "protocol/catalogue.h"
-#include "session/events.h"
+#include "services/events.h"
 
 #include <QApplication>
 #include <QCheckBox>

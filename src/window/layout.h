@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/controls.h"
+#include "services/controls.h"
 
 #include <QPoint>
 #include <QSize>

@@ -1,7 +1,7 @@
 #include "window/statusrefresh.h"
 
 #include "output/iosetup.h"
-#include "session/session.h"
+#include "services/windowservices.h"
 #include "status/statusread.h"
 #include "system/networkconfig.h"
 #include "wall/bezelcorrection.h"
@@ -9,7 +9,7 @@
 #include <QProgressBar>
 #include <functional>
 
-StatusRefresh::StatusRefresh(Session& session, StatusRead& status, NetworkConfig& network,
+StatusRefresh::StatusRefresh(WindowServices& session, StatusRead& status, NetworkConfig& network,
                              BezelCorrection& bezel, IoSetup& io)
     : s_(session), status_(status), network_(network), bezel_(bezel), io_(io) {}
 

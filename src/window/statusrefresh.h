@@ -1,6 +1,6 @@
 #pragma once
 
-class Session;
+class WindowServices;
 class StatusRead;
 class NetworkConfig;
 class BezelCorrection;
@@ -10,14 +10,14 @@ class IoSetup;
 // settings, bezel values and I/O settings.
 class StatusRefresh {
 public:
-    StatusRefresh(Session& session, StatusRead& status, NetworkConfig& network,
+    StatusRefresh(WindowServices& session, StatusRead& status, NetworkConfig& network,
                   BezelCorrection& bezel, IoSetup& io);
 
     void RefreshAll();
     void ReadBypassBezel();
 
 private:
-    Session& s_;
+    WindowServices& s_;
     StatusRead& status_;
     NetworkConfig& network_;
     BezelCorrection& bezel_;

@@ -22,7 +22,7 @@ private slots:
         qputenv("ZEDA_HOSTS",
                 "127.22.0.1-127.22.0.6"); // three controllers, three absent hosts
         driver::click(bench.ui.btn_sys_search, 60);
-        QCOMPARE(bench.form.session().addresses(), bench.addresses());
+        QCOMPARE(bench.form.services().addresses(), bench.addresses());
         QCOMPARE(bench.ui.cbo_ipaddr->count(), 3);
         const QRegularExpression mac(QStringLiteral("^([0-9A-F]{2}-){5}[0-9A-F]{2}$"));
         for (int i = 0; i < 3; ++i)
@@ -36,7 +36,7 @@ private slots:
 
         bench.boxes.clear();
         driver::click(bench.ui.btn_con);
-        QVERIFY(bench.form.session().isConnected());
+        QVERIFY(bench.form.services().isConnected());
         QCOMPARE(bench.boxes.texts(), QStringList{"Refresh completed !"});
         for (int i = 0; i < 3; ++i)
             QTRY_VERIFY(bench.device(i).connectionCount() >= 1);

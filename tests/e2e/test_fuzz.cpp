@@ -110,7 +110,7 @@ private:
     void press() {
         if (QApplication::activeModalWidget())
             return;
-        QAbstractButton* button = form_.session().isConnected()
+        QAbstractButton* button = form_.services().isConnected()
                                       ? buttons_.at(pick(int(buttons_.size())))
                                       : form_.ui.btn_con;
         if (!button->isEnabled() || !button->isVisible())
@@ -124,14 +124,14 @@ private:
 
     // "Stop waiting" ends every wait; nothing starts until that has been checked.
     void stopAndCheck() {
-        if (!form_.session().pump().waiting() || QApplication::activeModalWidget())
+        if (!form_.services().pump().waiting() || QApplication::activeModalWidget())
             return;
         ++stops_;
         settling_ = true;
         stop_->click();
         QTimer::singleShot(150, [this] {
             settling_ = false;
-            if (form_.session().pump().waiting() && failure_.isEmpty())
+            if (form_.services().pump().waiting() && failure_.isEmpty())
                 failure_ =
                     QStringLiteral("a wait went on after Stop waiting (step %1)").arg(steps_);
         });
@@ -140,10 +140,10 @@ private:
     void finish() {
         if (done_)
             return;
-        if (form_.session().pump().waiting() && !QApplication::activeModalWidget())
+        if (form_.services().pump().waiting() && !QApplication::activeModalWidget())
             stop_->click();
         QTimer::singleShot(300, [this] {
-            if (form_.session().pump().waiting() || QApplication::activeModalWidget()) {
+            if (form_.services().pump().waiting() || QApplication::activeModalWidget()) {
                 finish(); // a box still up, or a wait that began inside it
                 return;
             }
@@ -194,7 +194,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(fuzzer.done(), (seconds + 60) * 1000);
         qInfo("%s", qPrintable(fuzzer.summary()));
         QVERIFY2(fuzzer.failure().isEmpty(), qPrintable(fuzzer.failure()));
-        QVERIFY(!form.session().pump().waiting());
+        QVERIFY(!form.services().pump().waiting());
     }
 };
 

@@ -23,7 +23,7 @@ private slots:
         Form1 form;
         driver::click(driver::find<QPushButton>(form, QStringLiteral("btn_sys_search")), 60);
         QCOMPARE(boxes.texts().value(0), QStringLiteral("Search MAC completed !"));
-        QCOMPARE(form.session().addresses(), (QStringList{"127.23.0.1", "127.23.0.2"}));
+        QCOMPARE(form.services().addresses(), (QStringList{"127.23.0.1", "127.23.0.2"}));
 
         QFile ip(results.filePath(QStringLiteral("IP.txt")));
         QVERIFY2(ip.open(QIODevice::ReadOnly), qPrintable(ip.fileName()));

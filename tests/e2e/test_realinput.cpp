@@ -93,7 +93,7 @@ private slots:
         click(find<QPushButton>(form, QStringLiteral("btn_sys_search")));
         QTRY_COMPARE_WITH_TIMEOUT(form.ui.cbo_ipaddr->count(), 2, 30000);
         click(form.ui.btn_con);
-        QTRY_VERIFY(form.session().isConnected());
+        QTRY_VERIFY(form.services().isConnected());
         QTRY_COMPARE(boxes.texts().count(QStringLiteral("Refresh completed !")), 2);
         bench.lines(0);
         bench.lines(1);

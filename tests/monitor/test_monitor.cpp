@@ -70,7 +70,7 @@ private slots:
     void filtersBoundsAndSaves() {
         TrafficMonitor& monitor = bench_->form.monitor();
         auto* rows = monitor.findChild<QTableView*>("monitor_rows")->model();
-        Session& s = bench_->form.session();
+        WindowServices& s = bench_->form.services();
         {
             // Opened when the rows are there already, it shows the newest.
             TrafficMonitor late(s, monitor.log());

@@ -137,7 +137,7 @@ private slots:
         QVERIFY(buttonDisabled);
         QCOMPARE(page.ui.cbo_reso->currentText(), QStringLiteral("1080p60"));
         QCOMPARE(page.ui.cbo_osd[0]->currentText(), QStringLiteral("5"));
-        QVERIFY(page.boxes.texts().isEmpty() && !page.form.session().isConnected());
+        QVERIFY(page.boxes.texts().isEmpty() && !page.form.services().isConnected());
     }
 
     void osdResetAnswerChoosesTargets_data() {

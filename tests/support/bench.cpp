@@ -18,7 +18,7 @@ QStringList linesOf(const sim::VirtualController* device) {
 }
 
 Bench::Bench(const QString& first, int devices) : answers_(devices), arrivals_(devices) {
-    QObject::connect(&form.session().link(), &DeviceLink::received, &form, [this](int i) {
+    QObject::connect(&form.services().link(), &DeviceLink::received, &form, [this](int i) {
         if (i < arrivals_.size())
             ++arrivals_[i];
     });
@@ -51,7 +51,7 @@ void Bench::connect(int selected) {
 }
 
 QStringList Bench::lines(int i) {
-    DeviceLink& link = form.session().link();
+    DeviceLink& link = form.services().link();
     // TCP keeps the order: once this marker is in, so is everything before it.
     if (link.isConnected(i)) {
         link.write(i, "MARK\r\n");

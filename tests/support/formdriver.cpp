@@ -20,7 +20,7 @@ void listDevices(Form1& form, const QStringList& addresses) {
             QStringLiteral("02-00-00-00-00-%1").arg(i, 2, 16, QLatin1Char('0')).toUpper());
         models->addItem(QStringLiteral(" %1").arg(i));
     }
-    form.session().setAddresses(addresses);
+    form.services().setAddresses(addresses);
     devices->setCurrentIndex(addresses.isEmpty() ? -1 : 0);
     models->setCurrentIndex(-1);
     find<QGroupBox>(form, QStringLiteral("con_interface"))->setEnabled(true);
@@ -91,7 +91,7 @@ void click(QAbstractButton* button, int deadlineSeconds) {
         if (state->returned || !form)
             return;
         state->expired = true;
-        form->session().pump().cancel();
+        form->services().pump().cancel();
     });
     button->click(); // does nothing on a disabled button, like a real click
     state->returned = true;

@@ -1,6 +1,6 @@
 #include "support/messageboxanswerer.h"
 
-#include "session/reportdialog.h"
+#include "services/reportdialog.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -61,7 +61,7 @@ private slots:
         QCOMPARE(devices->count(), 2);
         QCOMPARE(devices->itemText(0), QStringLiteral("AA-BB-CC-DD-EE-01"));
         QCOMPARE(devices->itemText(1), QStringLiteral("AA-BB-CC-DD-EE-02"));
-        QCOMPARE(bench.form.session().addresses(), bench.addresses());
+        QCOMPARE(bench.form.services().addresses(), bench.addresses());
         QCOMPARE(bench.ui.cbo_model->count(), 2);
         QCOMPARE(bench.ui.cbo_model->itemText(1), QStringLiteral(" 1"));
         QCOMPARE(devices->currentIndex(), 0);
@@ -122,7 +122,7 @@ private slots:
         QCOMPARE(boxes.seen().first().icon, QMessageBox::Warning);
         QCOMPARE(form.ui.cbo_ipaddr->count(), 0);
         QCOMPARE(form.ui.cbo_model->count(), 1);
-        QVERIFY(!form.ui.con_interface->isEnabled() && !form.session().searchDone());
+        QVERIFY(!form.ui.con_interface->isEnabled() && !form.services().searchDone());
         search(form);
         QCOMPARE(boxes.seen().size(), 2);
     }
@@ -134,7 +134,7 @@ private slots:
         Form1 form;
         search(form);
         QCOMPARE(boxes.texts(), (QStringList{"Search MAC completed !", "Connected error!"}));
-        QVERIFY(form.session().searchDone() && form.ui.con_interface->isEnabled());
+        QVERIFY(form.services().searchDone() && form.ui.con_interface->isEnabled());
         QCOMPARE(form.ui.cbo_ipaddr->count(), 1);
     }
 
@@ -154,8 +154,8 @@ private slots:
         prepare(mac, ip + "\r\n");
         search(bench.form);
         QCOMPARE(bench.ui.cbo_ipaddr->count(), 255);
-        QCOMPARE(bench.form.session().addresses().size(), 255);
-        QCOMPARE(bench.form.session().addresses().last(), QStringLiteral("127.11.5.255"));
+        QCOMPARE(bench.form.services().addresses().size(), 255);
+        QCOMPARE(bench.form.services().addresses().last(), QStringLiteral("127.11.5.255"));
         QCOMPARE(bench.ui.cbo_model->count(), 255);
         QCOMPARE(bench.boxes.texts().mid(0, 2),
                  (QStringList{"MAC.txt lists 300 devices; only the first 255 are shown !",
@@ -200,7 +200,7 @@ private slots:
                                                  "ZEDA_HOSTS for ")),
                  qPrintable(shown));
         QCOMPARE(form.ui.cbo_ipaddr->count(), 0);
-        QVERIFY(!form.session().searchDone());
+        QVERIFY(!form.services().searchDone());
     }
 
     // File > Networks to search... writes the user's own list, refuses what is no host,

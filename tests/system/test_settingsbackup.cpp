@@ -172,7 +172,7 @@ private slots:
         QCOMPARE(bench.c(2)->state().value("network.mode"), mode);
         QVERIFY(linesOf(bench.c(2)).endsWith(QStringLiteral("SREL")));
         // The controller restarts its network: the window goes offline, as after Set IP.
-        QVERIFY(!bench.form.session().isConnected());
+        QVERIFY(!bench.form.services().isConnected());
         const QString report = bench.boxes.texts().last();
         QVERIFY2(report.contains(QStringLiteral("its network restarts with the new settings")) &&
                      outcomes(report, "127.68.20.2").value("network.mode") ==
@@ -334,7 +334,7 @@ private slots:
                          outcome.startsWith(QLatin1String("sent, not confirmed")),
                      qPrintable(outcome));
         QVERIFY(bench.ui.sys_setting->isEnabled());
-        QVERIFY(!bench.form.session().isConnected());
+        QVERIFY(!bench.form.services().isConnected());
     }
 };
 

@@ -39,11 +39,11 @@ private slots:
         driver::when(
             &bench.form, [&] { return !bench.boxes.texts().isEmpty(); },
             [&] {
-                onlineAtMessage = bench.form.session().linkUp();
+                onlineAtMessage = bench.form.services().linkUp();
                 bench.boxes.pressNow();
             });
         driver::click(driver::find<QPushButton>(bench.form, button)); // hidden ones too
-        QCOMPARE(bench.form.session().linkUp(), online);
+        QCOMPARE(bench.form.services().linkUp(), online);
         QCOMPARE(bench.boxes.texts(), message.isNull() ? QStringList() : QStringList{message});
         QCOMPARE(onlineAtMessage, online);
         if (!message.isNull())
@@ -92,7 +92,7 @@ private slots:
         QCOMPARE(bench.boxes.texts(),
                  QStringList{"Set STATIC IP completed, please re-link the ethernet !"});
         QCOMPARE(bench.boxes.seen().first().icon, QMessageBox::Information);
-        QVERIFY(!bench.form.session().isConnected());
+        QVERIFY(!bench.form.services().isConnected());
     }
 
     // A DHCP controller's boxes are filled but not usable. Set sends the mode and the restart;
@@ -109,12 +109,12 @@ private slots:
         QCOMPARE(bench.device().received(), (QList<QByteArray>{"SIPM 0", "SREL"}));
         QCOMPARE(bench.boxes.texts(),
                  QStringList{"Set DHCP completed, please re-link the ethernet !"});
-        QVERIFY(!bench.form.session().isConnected());
+        QVERIFY(!bench.form.services().isConnected());
         QTRY_COMPARE(restarted.count(), 1); // then it is back where it was
         bench.connect();
         driver::click(bench.ui.btn_ip_relink);
         QCOMPARE(bench.device().received(), QList<QByteArray>{"SREL"});
-        QVERIFY(bench.boxes.texts().isEmpty() && !bench.form.session().isConnected());
+        QVERIFY(bench.boxes.texts().isEmpty() && !bench.form.services().isConnected());
     }
 };
 

@@ -234,14 +234,14 @@ private slots:
         bench.boxes.clear();
         QStringList shownWhileWaiting;
         driver::when(
-            &bench.form, [&] { return bench.form.session().pump().waiting(); },
+            &bench.form, [&] { return bench.form.services().pump().waiting(); },
             [&] {
                 Planner::press(planner, "planner_apply");
                 shownWhileWaiting = bench.boxes.texts();
                 bench.form.StopWaiting();
             });
         driver::click(bench.form.ui.btn_sys_refresh);
-        QTRY_VERIFY(!bench.form.session().cancelled()); // the stopped refresh has unwound
+        QTRY_VERIFY(!bench.form.services().cancelled()); // the stopped refresh has unwound
         QCOMPARE(shownWhileWaiting,
                  QStringList{"The window waits for a controller's reply: apply the "
                              "plan once it has come."});
@@ -293,7 +293,7 @@ private slots:
         // Controllers gone since (the one that dropped, and one stopped): their sockets are
         // not connected, and nothing is sent to anyone.
         bench.c(2)->stop();
-        QTRY_VERIFY(!bench.form.session().link().isConnected(1));
+        QTRY_VERIFY(!bench.form.services().link().isConnected(1));
         bench.forget();
         bench.boxes.clear();
         Planner::press(planner, "planner_apply");

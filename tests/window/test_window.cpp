@@ -160,7 +160,7 @@ private slots:
         for (int i = 0; i < 10; ++i)
             QCOMPARE(bench.device(i).acceptedCount(), 1);
         bench.device(4).stop();
-        QTRY_VERIFY(!bench.form.session().link().isConnected(4));
+        QTRY_VERIFY(!bench.form.services().link().isConnected(4));
         driver::click(bench.ui.btn_save[2]);
         for (int i = 0; i < 10; ++i)
             QCOMPARE(bench.lines(i), i == 4 ? QStringList() : QStringList{"SFAVE 2"});
@@ -195,7 +195,7 @@ private slots:
                  (QStringList{"Connected error!", "Please select a MAC to connect !"}));
         for (const auto& box : bench.boxes.seen())
             QVERIFY(box.icon == QMessageBox::Warning && box.buttons == QMessageBox::Ok);
-        QVERIFY(!bench.form.session().isConnected() && bench.ui.lbl_con[2]->isHidden());
+        QVERIFY(!bench.form.services().isConnected() && bench.ui.lbl_con[2]->isHidden());
         QCOMPARE(enabled(bench.form), QStringList{"con_interface"});
         QTRY_COMPARE(bench.device().acceptedCount(), 1);
         QCOMPARE(bench.lines(), QStringList());
@@ -301,7 +301,7 @@ private slots:
         Bench bench("127.10.5.1", 2);
         bench.connect();
         bench.device().stop();
-        QTRY_VERIFY(!bench.form.session().linkUp());
+        QTRY_VERIFY(!bench.form.services().linkUp());
         QWidget* widget = find<QWidget>(bench.form, control);
         for (int page = 0; page < 6; ++page)
             if (bench.ui.frame_control[page]->isAncestorOf(widget))
@@ -370,7 +370,7 @@ private slots:
             }
             bench.device().stop();
             driver::when(
-                &form, [&] { return !form.session().linkUp(); },
+                &form, [&] { return !form.services().linkUp(); },
                 [&] {
                     QVERIFY(stop->isVisible() && stop->isEnabled() && bench.locked());
                     sent = int(bench.device().received().size());
@@ -486,7 +486,7 @@ private slots:
             taken = now;
         }
         QVERIFY2(taken < 16 * 1024 * 1024, qPrintable(QString::number(taken)));
-        QVERIFY(bench.form.session().linkUp());
+        QVERIFY(bench.form.services().linkUp());
     }
 };
 

@@ -3,8 +3,8 @@
 #include "client/report.h"
 #include "client/run.h"
 #include "link/devicelink.h"
-#include "link/waitpump.h"
-#include "session/controls.h"
+#include "services/controls.h"
+#include "services/waits.h"
 
 #include <QByteArray>
 #include <QList>
@@ -15,40 +15,6 @@
 #include <functional>
 #include <initializer_list>
 #include <vector>
-
-// The hand-over between a procedure that waits for a reply and the reply handler that
-// releases it. 0 is idle; a plain request goes 1 -> 2, a sequence counts the reply it
-// expects next. Only Session::request arms and clears a step; handlers move it on.
-class WaitStep {
-public:
-    // procedure names it for the operator: "Status read", "Wall send".
-    explicit WaitStep(const char* procedure) : procedure_(procedure) {}
-    const char* procedure() const { return procedure_; }
-
-    int value() const { return step_; }
-    bool idle() const { return step_ == 0; }
-    bool at(int step) const { return step_ == step; }
-    void advance() { ++step_; }
-
-private:
-    friend class Session;
-    const char* procedure_;
-    quint8 step_ = 0;
-};
-
-// What the running request waits for, for the operator's status bar.
-class WaitNotice : public QObject {
-    Q_OBJECT
-signals:
-    // reply: the key of the awaited reply, or the command when the controller
-    // answers it with no key of its own.
-    void waiting(const QString& procedure, const QString& reply, const QString& controller);
-    // A wait for something other than a reply: what it does, and how to give it up.
-    void working(const QString& text, const QString& wayOut);
-    void ended();
-    // A hint that stays until the next wait: what to do after a procedure's outcome.
-    void hint(const QString& text);
-};
 
 // How a request goes out; the defaults send to the selected controller from step 1.
 struct Request {
@@ -70,11 +36,11 @@ using ReadBack = std::function<void(const QSet<protocol::Group>& changed)>;
 // What the window offers its features: the controls, the lines to the listed
 // controllers, requests that wait for their replies, message boxes, and the window's
 // connected, offline and locked states.
-class Session {
+class WindowServices {
 public:
     static inline const QString Title = QStringLiteral("Panomat Set v1.10");
 
-    Session(QWidget* window, Controls& ui);
+    WindowServices(QWidget* window, Controls& ui);
 
     Controls& ui() { return ui_; }
     const Controls& ui() const { return ui_; }

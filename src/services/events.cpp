@@ -1,4 +1,4 @@
-#include "session/events.h"
+#include "services/events.h"
 
 #include <QComboBox>
 #include <QKeyEvent>

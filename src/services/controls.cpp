@@ -1,4 +1,4 @@
-#include "session/controls.h"
+#include "services/controls.h"
 
 #include <QApplication>
 #include <QColor>

@@ -1,10 +1,10 @@
-#include "monitor/waitstatus.h"
+#include "services/waitstatus.h"
 
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include <QLabel>
 
-WaitStatus::WaitStatus(Session& session, QLabel* label) : label_(label) {
+WaitStatus::WaitStatus(WindowServices& session, QLabel* label) : label_(label) {
     tick_.setInterval(1000);
     tick_.setTimerType(Qt::PreciseTimer);
     connect(&tick_, &QTimer::timeout, this, &WaitStatus::update);

@@ -6,7 +6,7 @@
 #include <QTimer>
 
 class QLabel;
-class Session;
+class WindowServices;
 
 // Names in the status bar what the running procedure waits for and for how long:
 // "Status read: waiting for BYPA from 127.0.0.2 for 12 s". A wait for a reply has no
@@ -19,7 +19,7 @@ public:
     static constexpr int HintAfterS = 5;
     static constexpr int ShowAfterMs = 250;
 
-    WaitStatus(Session& session, QLabel* label);
+    WaitStatus(WindowServices& session, QLabel* label);
 
     // What the running wait waits for, shown yet or not; empty when none runs.
     QString current() const { return waitingFor_; }

@@ -1,4 +1,4 @@
-#include "link/waitpump.h"
+#include "services/waits.h"
 
 #include <QCoreApplication>
 #include <QEvent>

@@ -1,7 +1,7 @@
-#include "session/session.h"
+#include "services/windowservices.h"
 
 #include "protocol/catalogue.h"
-#include "session/reportdialog.h"
+#include "services/reportdialog.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -12,21 +12,21 @@
 #include <QTimer>
 #include <QWidget>
 
-Session::Session(QWidget* window, Controls& ui) : window_(window), ui_(ui) {}
+WindowServices::WindowServices(QWidget* window, Controls& ui) : window_(window), ui_(ui) {}
 
-int Session::selected() const {
+int WindowServices::selected() const {
     return ui_.cbo_ipaddr->currentIndex();
 }
 
-int Session::deviceCount() const {
+int WindowServices::deviceCount() const {
     return ui_.cbo_ipaddr->count();
 }
 
-bool Session::linkUp() const {
+bool WindowServices::linkUp() const {
     return link_.isConnected(selected());
 }
 
-bool Session::guard(Refusal refusal) {
+bool WindowServices::guard(Refusal refusal) {
     if (linkUp())
         return true;
     critical(QStringLiteral("Ethernet is disconnected !"));
@@ -37,12 +37,12 @@ bool Session::guard(Refusal refusal) {
     return false;
 }
 
-void Session::send(const QByteArray& line) {
+void WindowServices::send(const QByteArray& line) {
     if (!cancelled())
         link_.write(selected(), line);
 }
 
-void Session::sendAll(const QByteArray& line) {
+void WindowServices::sendAll(const QByteArray& line) {
     for (int i = 0; i < deviceCount() && !cancelled(); ++i)
         link_.write(i, line);
 }
@@ -60,8 +60,8 @@ QString awaitedReply(const QByteArray& line) {
 
 } // namespace
 
-bool Session::request(WaitStep& step, int count, const std::function<QByteArray(int)>& lineAt,
-                      const Request& how) {
+bool WindowServices::request(WaitStep& step, int count,
+                             const std::function<QByteArray(int)>& lineAt, const Request& how) {
     step.step_ = static_cast<quint8>(how.from);
     if (how.armed)
         how.armed();
@@ -82,13 +82,14 @@ bool Session::request(WaitStep& step, int count, const std::function<QByteArray(
     return done;
 }
 
-bool Session::request(WaitStep& step, const QList<QByteArray>& lines, const Request& how) {
+bool WindowServices::request(WaitStep& step, const QList<QByteArray>& lines, const Request& how) {
     return request(
         step, static_cast<int>(lines.size()), [&lines](int k) { return lines[k]; }, how);
 }
 
-QMessageBox::StandardButton Session::message(QMessageBox::Icon icon, const QString& text,
-                                             QMessageBox::StandardButtons buttons, QWidget* over) {
+QMessageBox::StandardButton WindowServices::message(QMessageBox::Icon icon, const QString& text,
+                                                    QMessageBox::StandardButtons buttons,
+                                                    QWidget* over) {
     if (cancelled())
         return QMessageBox::NoButton;
     QMessageBox box(icon, QCoreApplication::applicationName(), text, buttons,
@@ -96,8 +97,9 @@ QMessageBox::StandardButton Session::message(QMessageBox::Icon icon, const QStri
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
-client::Runner Session::lentRunner(const char* procedure, const QList<client::LentTarget>& targets,
-                                   int timeoutMs, std::function<void(qsizetype done)> progress) {
+client::Runner WindowServices::lentRunner(const char* procedure,
+                                          const QList<client::LentTarget>& targets, int timeoutMs,
+                                          std::function<void(qsizetype done)> progress) {
     return [this, procedure, targets, timeoutMs, progress](const client::Sequence& prepare) {
         qsizetype done = 0;
         client::RunOptions options;
@@ -114,7 +116,7 @@ client::Runner Session::lentRunner(const char* procedure, const QList<client::Le
     };
 }
 
-client::Runner Session::ownRunner(const QList<client::Target>& targets, int timeoutMs) {
+client::Runner WindowServices::ownRunner(const QList<client::Target>& targets, int timeoutMs) {
     return [this, targets, timeoutMs](const client::Sequence& prepare) {
         if (cancelled())
             return QStringList(targets.size(), QStringLiteral("stopped before the end"));
@@ -135,7 +137,7 @@ client::Runner Session::ownRunner(const QList<client::Target>& targets, int time
 
 // While stopped waits unwind nothing is shown; what the operator must still learn is
 // shown once they have, unless the window is closing.
-void Session::afterUnwinding(const std::function<void()>& show) {
+void WindowServices::afterUnwinding(const std::function<void()>& show) {
     if (pump_.closing())
         return;
     if (!cancelled())
@@ -144,29 +146,29 @@ void Session::afterUnwinding(const std::function<void()>& show) {
         QTimer::singleShot(0, window_, [this, show] { afterUnwinding(show); });
 }
 
-void Session::showReport(const QString& head, const client::Report& report, QWidget* over) {
+void WindowServices::showReport(const QString& head, const client::Report& report, QWidget* over) {
     afterUnwinding([this, head, report, over] {
         ReportDialog dialog(head, report, over ? over : window_);
         dialog.exec();
     });
 }
 
-void Session::messageAfterStop(QMessageBox::Icon icon, const QString& text) {
+void WindowServices::messageAfterStop(QMessageBox::Icon icon, const QString& text) {
     afterUnwinding([this, icon, text] { message(icon, text); });
 }
 
-bool Session::askYes(const QString& text) {
+bool WindowServices::askYes(const QString& text) {
     return message(QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No) ==
            QMessageBox::Yes;
 }
 
-void Session::setTitle(const QString& title) {
+void WindowServices::setTitle(const QString& title) {
     window_->setWindowTitle(title);
 }
 
 // Not connected, every page disabled until a search has found controllers and one
 // is connected. The first SetOffline after this closes nothing.
-void Session::StartUp() {
+void WindowServices::StartUp() {
     is_connected = false;
     search_done = false;
     at_startup = true;
@@ -180,7 +182,7 @@ void Session::StartUp() {
     setPageFramesEnabled(false);
 }
 
-void Session::SetOffline() {
+void WindowServices::SetOffline() {
     if (at_startup) {
         at_startup = false;
     } else {
@@ -201,7 +203,7 @@ void Session::SetOffline() {
     search_done = false;
 }
 
-void Session::SetConnected() {
+void WindowServices::SetConnected() {
     setBackColour(ui_.btn_con, Qt::green);
     clearBackColour(ui_.btn_discon);
     ui_.lbl_con[2]->setVisible(false);
@@ -212,26 +214,26 @@ void Session::SetConnected() {
     search_done = false;
 }
 
-void Session::LockPanels() {
+void WindowServices::LockPanels() {
     ui_.net_config->setEnabled(false);
     setPageFramesEnabled(false);
     ui_.con_interface->setEnabled(false);
     ui_.sys_setting->setEnabled(false);
 }
 
-void Session::UnlockPanels() {
+void WindowServices::UnlockPanels() {
     ui_.net_config->setEnabled(true);
     setPageFramesEnabled(true);
     ui_.con_interface->setEnabled(true);
     ui_.sys_setting->setEnabled(true);
 }
 
-void Session::setPageFramesEnabled(bool enabled) {
+void WindowServices::setPageFramesEnabled(bool enabled) {
     for (QGroupBox* page : ui_.frame_control)
         page->setEnabled(enabled);
 }
 
-void Session::setSystemButtonsEnabled(bool enabled) {
+void WindowServices::setSystemButtonsEnabled(bool enabled) {
     for (QWidget* control :
          {static_cast<QWidget*>(ui_.power_ctl[0]), static_cast<QWidget*>(ui_.btn_sys_fac_rst),
           static_cast<QWidget*>(ui_.btn_sys_refresh), static_cast<QWidget*>(ui_.Check1[0]),

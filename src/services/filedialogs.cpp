@@ -1,4 +1,4 @@
-#include "session/filedialogs.h"
+#include "services/filedialogs.h"
 
 #include <QFileDialog>
 #include <QGuiApplication>

@@ -1,4 +1,4 @@
-#include "session/reportdialog.h"
+#include "services/reportdialog.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -14,15 +14,15 @@
 
 IoSetters::IoSetters(WindowServices& session, const IoSetup& page) : s_(session), page_(page) {
     Controls& ui = s_.ui();
-    events::onClick(ui.cbo_reso, [this] { cbo_reso_Click(); });
-    events::onClick(ui.cbo_info_play, [this] { cbo_info_play_Click(); });
-    for (int i = 0; i < 2; ++i) {
-        events::onClick(ui.cbo_osd[i], [this, i] { cbo_osd_Click(i); });
-        events::onKeyDown(ui.cbo_osd[i], [this, i](int key) { cbo_osd_KeyDown(i, key); });
+    for (int c = 0; c < IoControlCount; ++c) {
+        const IoBinding& b = IoBindings[c];
+        if (!b.list)
+            continue;
+        const auto control = IoControl(c);
+        events::onClick(b.list(ui), [this, control] { pick(control); });
+        if (b.typed)
+            events::onKeyDown(b.list(ui), [this, control](int key) { typed(control, key); });
     }
-    events::onClick(ui.cbo_osd_time, [this] { cbo_osd_time_Click(); });
-    events::onClick(ui.cbo_osd_gain, [this] { cbo_osd_gain_Click(); });
-    events::onKeyDown(ui.cbo_osd_gain, [this](int key) { cbo_osd_gain_KeyDown(key); });
     for (int i = 0; i < 2; ++i)
         QObject::connect(ui.opt_mute[i], &QRadioButton::clicked, ui.opt_mute[i],
                          [this, i] { opt_mute_Click(i); });
@@ -35,63 +35,27 @@ void IoSetters::sendSetting(IoControl control, int index) {
               command::line(*b.bound().write, index + int(b.bound().min)));
 }
 
-void IoSetters::sendPick(IoControl control) {
-    sendSetting(control, IoBindings[control].list(s_.ui())->currentIndex());
-}
-
-void IoSetters::cbo_reso_Click() {
-    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || page_.busy())
+// A pick raised while the page is read or reset is the page's doing, not the operator's.
+void IoSetters::pick(IoControl control) {
+    const IoBinding& b = IoBindings[control];
+    if (!s_.guard(b.refusal) || page_.busy())
         return;
-    sendPick(Reso);
-}
-
-// Leaves the model list alone when the link is down, unlike the resolution and OSD lists.
-void IoSetters::cbo_info_play_Click() {
-    if (!s_.guard() || page_.busy())
-        return;
-    sendPick(InfoPlay);
-}
-
-void IoSetters::cbo_osd_Click(int index) {
-    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || page_.busy())
-        return;
-    sendPick(index == 0 ? OsdH : OsdV);
-}
-
-// The list shows the timeout itself, from the setting's minimum.
-void IoSetters::cbo_osd_time_Click() {
-    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || page_.busy())
-        return;
-    sendPick(OsdTime);
-}
-
-void IoSetters::cbo_osd_gain_Click() {
-    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || page_.busy())
-        return;
-    sendPick(Gain);
+    sendSetting(control, b.list(s_.ui())->currentIndex());
 }
 
 void IoSetters::opt_mute_Click(int index) {
-    if (!s_.guard() || page_.busy())
+    if (!s_.guard(IoBindings[Mute].refusal) || page_.busy())
         return;
     sendSetting(Mute, index);
-}
-
-void IoSetters::cbo_osd_KeyDown(int index, int keyCode) {
-    typedSetter(index == 0 ? OsdH : OsdV, keyCode);
-}
-
-void IoSetters::cbo_osd_gain_KeyDown(int keyCode) {
-    typedSetter(Gain, keyCode);
 }
 
 // Enter sends the text exactly as typed once it passes the loose real-valued bounds
 // minimum - 1 < v < maximum + 1 ("20.9" and "-0.5" pass). Typing is not held back by a
 // read or reset of the page: only picks are.
-void IoSetters::typedSetter(IoControl control, int keyCode) {
-    if (!s_.guard(WindowServices::Refusal::ClearModelFirst) || keyCode != events::KeyEnter)
-        return;
+void IoSetters::typed(IoControl control, int keyCode) {
     const IoBinding& b = IoBindings[control];
+    if (!s_.guard(b.refusal) || keyCode != events::KeyEnter)
+        return;
     const protocol::Setting& setting = b.bound();
     const QString text = b.list(s_.ui())->lineEdit()->text();
     if (!legacy::typedWithin(text, double(setting.min) - 1, double(setting.max) + 1)) {

@@ -12,19 +12,12 @@ class IoSetters {
 public:
     IoSetters(WindowServices& session, const IoSetup& page);
 
-    void cbo_reso_Click();
-    void cbo_info_play_Click();
-    void cbo_osd_Click(int index);
-    void cbo_osd_time_Click();
-    void cbo_osd_gain_Click();
+    void pick(IoControl control);
     void opt_mute_Click(int index);
-    void cbo_osd_KeyDown(int index, int keyCode);
-    void cbo_osd_gain_KeyDown(int keyCode);
+    void typed(IoControl control, int keyCode);
 
 private:
     void sendSetting(IoControl control, int index);
-    void sendPick(IoControl control);
-    void typedSetter(IoControl control, int keyCode);
 
     WindowServices& s_;
     const IoSetup& page_;

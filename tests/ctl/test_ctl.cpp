@@ -121,73 +121,51 @@ private slots:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QByteArray>("fileText");
         QTest::addColumn<QString>("message");
-        const QByteArray plan = R"({"format": "panomat-wall-plan/1", "rows": 2, "cols": 2,
-            "assignments": [{"address": "127.67.0.2", "output": "A", "tile": 5}]})";
-        QTest::newRow("unknown setting")
-            << QStringList{"get", "brightnes.a", "--host", "127.67.0.2"} << QByteArray()
-            << "did you mean brightness.a";
-        QTest::newRow("out of range")
-            << QStringList{"set", "osd.h_offset=21", "--host", "127.67.0.2"} << QByteArray()
-            << "0..20";
-        QTest::newRow("second value bad")
-            << QStringList{"set", "hue.a=5", "trim.h_end.b=300", "--host", "127.67.0.2"}
-            << QByteArray() << "-255..255";
-        QTest::newRow("read only") << QStringList{"set", "firmware=1", "--host", "127.67.0.2"}
-                                   << QByteArray() << "cannot be written";
-        QTest::newRow("not an address")
-            << QStringList{"get", "--host", "127.1"} << QByteArray() << "not a dotted IPv4 address";
-        QTest::newRow("no targets") << QStringList{"get"} << QByteArray() << "--host";
-        QTest::newRow("malformed json")
-            << QStringList{"restore", "FILE"}
-            << QByteArray("{\n  \"format\": \"panomat-settings/1\",\n  oops\n}")
-            << "at line 3, column";
-        QTest::newRow("other format")
-            << QStringList{"restore", "FILE"} << QByteArray(R"({"format": "panomat-settings/2"})")
-            << "expected \"panomat-settings/1\"";
-        QTest::newRow("value out of range in file")
-            << QStringList{"restore", "FILE"}
-            << QByteArray(
-                   R"({"format": "panomat-settings/1", "controllers": [{"address": "127.67.0.2", "settings": {"brightness.a": 101}}]})")
-            << "brightness.a";
-        QTest::newRow("tile beyond the wall")
-            << QStringList{"wall", "apply", "FILE"} << plan << "tile 5 is not on a 2 x 2 wall";
-        QTest::newRow("missing file")
-            << QStringList{"restore", "FILE"} << QByteArray() << "No such file";
+        const auto row = [](const char* tag, const QString& arguments, const QString& message,
+                            const QByteArray& text = {}) {
+            QTest::newRow(tag) << arguments.split(u' ') << text << message;
+        };
+        const QByteArray settings = R"({"format": "panomat-settings/1", "controllers": [)";
+        const QByteArray plan = R"({"format": "panomat-wall-plan/1", "rows": )";
+        row("unknown setting", "get brightnes.a --host 127.67.0.2", "did you mean brightness.a");
+        row("out of range", "set osd.h_offset=21 --host 127.67.0.2", "0..20");
+        row("second value bad", "set hue.a=5 trim.h_end.b=300 --host 127.67.0.2", "-255..255");
+        row("read only", "set firmware=1 --host 127.67.0.2", "cannot be written");
+        row("not an address", "get --host 127.1", "not a dotted IPv4 address");
+        row("no targets", "get", "--host");
+        row("malformed json", "restore FILE", "at line 3, column",
+            "{\n  \"format\": \"panomat-settings/1\",\n  oops\n}");
+        row("other format", "restore FILE", "expected \"panomat-settings/1\"",
+            R"({"format": "panomat-settings/2"})");
+        row("value out of range in file", "restore FILE", "brightness.a",
+            settings + R"({"address": "127.67.0.2", "settings": {"brightness.a": 101}}]})");
+        row("tile beyond the wall", "wall apply FILE", "tile 5 is not on a 2 x 2 wall",
+            plan + R"(2, "cols": 2, "assignments": [
+                {"address": "127.67.0.2", "output": "A", "tile": 5}]})");
+        row("missing file", "restore FILE", "No such file");
         QTest::newRow("empty --host")
             << QStringList{"get", "--host", ""} << QByteArray() << "names an empty address";
-        QTest::newRow("--host of commas")
-            << QStringList{"get", "--host", ",,,"} << QByteArray() << "names an empty address";
-        QTest::newRow("--host with an empty part")
-            << QStringList{"get", "--host", "127.67.0.2,,127.67.0.3"} << QByteArray()
-            << "names an empty address";
-        QTest::newRow("--host 0.0.0.0") << QStringList{"send", "RVER", "--host", "0.0.0.0"}
-                                        << QByteArray() << "not a dotted IPv4 address";
-        QTest::newRow("0.0.0.0 in a settings file")
-            << QStringList{"restore", "FILE"}
-            << QByteArray(
-                   R"({"format": "panomat-settings/1", "controllers": [{"address": "0.0.0.0", "settings": {}}]})")
-            << "\"0.0.0.0\" is not a controller address";
-        QTest::newRow("127.1 in a plan, after a good address")
-            << QStringList{"wall", "apply", "FILE"}
-            << QByteArray(R"({"format": "panomat-wall-plan/1", "rows": 1, "cols": 2,
-                   "assignments": [{"address": "127.67.0.2", "output": "A", "tile": 1},
-                                   {"address": "127.1", "output": "A", "tile": 2}]})")
-            << "\"127.1\" is not a controller address";
-        QTest::newRow("restore --to 0.0.0.0")
-            << QStringList{"restore", "FILE", "--to", "0.0.0.0"}
-            << QByteArray(
-                   R"({"format": "panomat-settings/1", "controllers": [{"address": "127.67.0.2", "settings": {"hue.a": 5}}]})")
-            << "--to: \"0.0.0.0\" is not a dotted IPv4 address";
+        row("--host of commas", "get --host ,,,", "names an empty address");
+        row("--host with an empty part", "get --host 127.67.0.2,,127.67.0.3",
+            "names an empty address");
+        row("--host 0.0.0.0", "send RVER --host 0.0.0.0", "not a dotted IPv4 address");
+        row("0.0.0.0 in a settings file", "restore FILE", "\"0.0.0.0\" is not a controller address",
+            settings + R"({"address": "0.0.0.0", "settings": {}}]})");
+        row("127.1 in a plan, after a good address", "wall apply FILE",
+            "\"127.1\" is not a controller address", plan + R"(1, "cols": 2, "assignments": [
+                {"address": "127.67.0.2", "output": "A", "tile": 1},
+                {"address": "127.1", "output": "A", "tile": 2}]})");
+        row("restore --to 0.0.0.0", "restore FILE --to 0.0.0.0",
+            "--to: \"0.0.0.0\" is not a dotted IPv4 address",
+            settings + R"({"address": "127.67.0.2", "settings": {"hue.a": 5}}]})");
         // Input files that are no files: refused by name at once, in bounded memory.
         for (const char* command : {"restore", "wall apply"})
             for (auto [kind, message] : {std::pair{"fifo", "it is a FIFO, not a regular file"},
                                          {"zero", "it is a character device"},
                                          {"folder", "it is a folder"},
-                                         {"large", "larger than 16 MiB"}}) {
-                QStringList arguments = QString(command).split(u' ');
-                QTest::newRow(qPrintable(QStringLiteral("%1 %2").arg(command, kind)))
-                    << (arguments << "FILE") << QByteArray(kind) << "in.json: " + QString(message);
-            }
+                                         {"large", "larger than 16 MiB"}})
+                row(qPrintable(QStringLiteral("%1 %2").arg(command, kind)),
+                    QString(command) + " FILE", "in.json: " + QString(message), kind);
     }
 
     void badInputSendsNothing() {
@@ -332,7 +310,8 @@ private slots:
     }
 
     // Another user plants a link where the output goes in a shared folder: the file it
-    // points to stays as it was; the link is replaced by the new file.
+    // points to stays as it was; the link is replaced by the new file. Written again, a private
+    // file stays private, and no temporary is left beside it.
     void outputReplacesAPlantedLink_data() {
         QTest::addColumn<QStringList>("arguments");
         QTest::newRow("backup -o") << QStringList{"backup", "--host", address(0), "-o", "OUT"};
@@ -344,10 +323,22 @@ private slots:
         QFETCH(QStringList, arguments);
         const PlantedLink planted;
         QVERIFY(planted.plantAt(file("out.json")));
-        const Run run = ctl(arguments.replaceInStrings("OUT", file("out.json")));
+        const auto to = [&](const QString& name) {
+            return ctl(QStringList(arguments).replaceInStrings("OUT", file(name)));
+        };
+        Run run = to("out.json");
         QVERIFY2(run.exit == 0, qPrintable(run.err));
         QVERIFY(planted.untouched() && PlantedLink::replaced(file("out.json")) &&
                 QFileInfo(file("out.json")).size() > 0);
+        const auto owner = QFile::ReadOwner | QFile::WriteOwner;
+        QVERIFY(QFile::setPermissions(file("out.json"), owner));
+        QCOMPARE(to("out.json").exit, 0);
+        QCOMPARE(QFile::permissions(file("out.json")) & ~(QFile::ReadUser | QFile::WriteUser),
+                 owner);
+        QCOMPARE(QDir(dir_->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"out.json"});
+        run = to("no/such/out.json");
+        QVERIFY2(run.exit == 1 && run.err.contains(file("no/such/out.json") + ": "),
+                 qPrintable(run.err));
     }
 
     // A script must learn that nothing came back: exit status 1, the controller named.

@@ -113,7 +113,6 @@ private slots:
             xdo({"key", "Return"});
         }
 
-        // Picture page.
         click(form.ui.opt_image);
         typeInto(form.ui.cbo_image_bri[2], QStringLiteral("050"), QStringLiteral("Return"));
         typeInto(form.ui.cbo_image_con[3], QStringLiteral("34"), QStringLiteral("Tab"));

@@ -1,23 +1,17 @@
-// The protocol catalogue: lines and replies byte for byte, values and their ranges,
-// and command lines as the controller reads them.
+// The protocol catalogue: lines and replies byte for byte, values and their ranges, and
+// every setting's lines as the controller reads them.
 
 #include "protocol/catalogue.h"
 #include "protocol/controllerside.h"
-#include "protocol/jsonfile.h"
 #include "protocol/settingsfile.h"
 #include "protocol/wallplan.h"
 
-#include "support/files.h"
-
 #include <QJsonArray>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace protocol;
 
 namespace {
-
-const QString NotApplied = QStringLiteral("value out of range, not applied");
 
 const Setting& named(const QString& name) {
     const Setting* s = find(name);
@@ -228,64 +222,6 @@ private slots:
         }
     }
 
-    // A line as the controller reads it: the settings it reads, writes or resets, their new
-    // values where they apply, the note (any but NotApplied refuses the line) and the reply
-    // while every setting holds its factory value.
-    void controllerReads_data() {
-        for (const char* column : {"line", "settings", "values", "note", "reply"})
-            QTest::addColumn<QString>(column);
-        row("RCBH 4", "bezel.h.d", "", "", "CBHR004CBHV010\r\n");
-        row("rchs 2", "trim.h_start.b", "", "", "CHSC002PHSV000\r\n");
-        row("RLINK", "network.address network.mask network.gateway", "", "",
-            "IP00000IP01000IP02000IP03000MA00255MA01000MA02000MA03000GA00127GA01000GA02000GA03001\r"
-            "\n");
-        row("SBRI 1 3.7", "brightness.a", "3", "", "");
-        row("  SMCHS  1   55 ", "trim.h_start.a", "-55", "", "");
-        row("SPCHS 1 -5", "trim.h_start.a", "", NotApplied, "");
-        row("SPOW 2", "power", "", NotApplied, "POWE001\r\n");
-        row("SCBH 2 -1", "bezel.h.b", "", NotApplied, "CBHC002\r\n");
-        row("SMNC 3 4 5", "wall.rows wall.cols", "", NotApplied, "MNCM\r\n");
-        row("SCO 2 7", "wall.position.b", "7", "", "COCH\r\n");
-        row("SIPA 127.020.1.256", "network.address", "", NotApplied, "IPA0\r\n");
-        row("SOSDR", "resolution osd.display osd.timeout osd.h_offset osd.v_offset osd.gain mute",
-            "6 0 2 5 5 2 0", "", "OSDR\r\n");
-        row("SIMRE 3", "saturation.a saturation.b saturation.c saturation.d", "50 50 50 50", "",
-            "IMRE\r\n");
-        row("SIMRE 5", "", "", NotApplied, "IMRE\r\n");
-        row("SWDE",
-            "bezel.h.a bezel.h.b bezel.h.c bezel.h.d bezel.v.a bezel.v.b bezel.v.c bezel.v.d",
-            "10 10 10 10 10 10 10 10", "", "WDEF\r\n");
-        row("RFAVE 3", "", "", "", "RFAV003\r\n");
-        row("SHOT 24", "", "", NotApplied, "HOTK\r\n");
-        row("RBRI 5", "", "", "no output 5", "");
-        row("SFAVE 6", "", "", "no such favourite slot", "");
-        row("SBRI 1", "", "", "missing or bad argument 2", "");
-        row("SGAA", "", "", "missing address", "");
-        row("XYZ 1", "", "", "unknown command", "");
-    }
-
-    void controllerReads() {
-        QFETCH(QString, line);
-        QFETCH(QString, settings);
-        QFETCH(QString, values);
-        QFETCH(QString, note);
-        QFETCH(QString, reply);
-        const ParsedCommand q = parseCommand(line.toLatin1());
-        QCOMPARE(q.note, note);
-        QCOMPARE(namesOf(q.settings), settings);
-        QCOMPARE(q.command == nullptr, !note.isEmpty() && note != NotApplied);
-        if (!q.command)
-            return;
-        QCOMPARE(q.applies, note.isEmpty());
-        if (q.applies && q.command->effect != Effect::Read) {
-            QStringList texts;
-            for (Value v : q.values)
-                texts << QString::number(v);
-            QCOMPARE(texts.join(u' '), values);
-        }
-        QCOMPARE(factoryReply(q), reply.toLatin1());
-    }
-
     // A settings file or plan names controllers by plain dotted addresses only: anything
     // else would be looked up by name or read as another address by the system.
     void addressesInFiles_data() {
@@ -317,65 +253,6 @@ private slots:
             wallplan::fromJson({{"rows", 1}, {"cols", 1}, {"assignments", assignments}}, &error)
                 .has_value();
         QCOMPARE(plan, taken);
-    }
-
-    // Whatever path names, reading ends at once with a named reason or the file's text,
-    // and never holds more than the cap.
-    void readingFiles_data() {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("message"); // empty: read
-        for (auto [kind, message] : {std::pair{"regular", ""},
-                                     {"link", ""},
-                                     {"fifo", "it is a FIFO, not a regular file"},
-                                     {"zero", "it is a character device, not a regular file"},
-                                     {"folder", "it is a folder"},
-                                     {"large", "larger than 16 MiB"},
-                                     {"missing", "No such file or directory"}})
-            QTest::newRow(kind) << QString(kind) << QString(message);
-    }
-
-    void readingFiles() {
-        QFETCH(QString, kind);
-        QFETCH(QString, message);
-        QTemporaryDir dir;
-        const QString path = dir.filePath("in.json"), real = dir.filePath("real.json");
-        if (kind == "regular" || kind == "link")
-            QVERIFY(
-                writeFile(kind == "link" ? real : path, R"({"format": "panomat-wall-plan/1"})"));
-        if (kind == "link")
-            QVERIFY(QFile::link(real, path));
-        else if (kind != "regular" && kind != "missing")
-            QVERIFY(makeNoFile(kind, path, 17 << 20));
-        QString error;
-        const auto object = jsonfile::read(path, wallplan::Format, &error);
-        QCOMPARE(object.has_value(), message.isEmpty());
-        if (!message.isEmpty())
-            QCOMPARE(error, path + ": " + message);
-    }
-
-    // Another user plants a link where a backup or plan is saved: the file it points to
-    // stays as it was, and the link is replaced by the new file. A private file stays
-    // private when it is saved again.
-    void writingOverAPlantedLink() {
-        QTemporaryDir dir;
-        const PlantedLink planted;
-        const QString path = dir.filePath("plan.json");
-        QVERIFY(planted.plantAt(path));
-        QString error;
-        const wallplan::Plan plan{2, 2, {}};
-        QVERIFY2(jsonfile::write(path, wallplan::toJson(plan), &error), qPrintable(error));
-        QVERIFY(planted.untouched() && PlantedLink::replaced(path));
-        QVERIFY2(jsonfile::read(path, wallplan::Format, &error), qPrintable(error));
-
-        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner));
-        QVERIFY2(jsonfile::write(path, wallplan::toJson(plan), &error), qPrintable(error));
-        QCOMPARE(QFile::permissions(path) & ~(QFile::ReadUser | QFile::WriteUser),
-                 QFile::ReadOwner | QFile::WriteOwner);
-        // Nothing but the file is left in the folder.
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"plan.json"});
-        QVERIFY(!jsonfile::write(dir.filePath("no/such/folder/plan.json"), wallplan::toJson(plan),
-                                 &error));
-        QVERIFY(error.startsWith(dir.filePath("no/such/folder/plan.json") + ": "));
     }
 };
 

@@ -55,14 +55,6 @@ private slots:
         }
     }
 
-    void numberTexts() {
-        QCOMPARE(legacy::signedText(0), QStringLiteral(" 0"));
-        QCOMPARE(legacy::signedText(255), QStringLiteral(" 255"));
-        QCOMPARE(legacy::signedText(-3), QStringLiteral("-3"));
-        QCOMPARE(legacy::plainText(100), QStringLiteral("100"));
-        QCOMPARE(legacy::plainText(-1), QStringLiteral("-1"));
-    }
-
     // Fifteen characters a device, octets at offsets 1, 5, 9 and 13, each by value.
     void addressLine() {
         const QString line = QStringLiteral("192.168.001.010192.168.001.011010.000.000.099");

@@ -132,20 +132,22 @@ private slots:
               "SIPA 127.020.1.256=IPA0|RLINK=IP00127IP01020IP02001IP03099"
               "MA00255MA01255MA02000MA03000GA00127GA01020GA02001GA03254",
               "RBRI 1=BRIR001BRIV050|SBRI 3 75|RBRI 3=BRIR003BRIV075|SBRI 1 3.7|"
-              "RBRI 1=BRIR001BRIV003|SBRI 1 101|RBRI 1=BRIR001BRIV003|RBRI 5|XYZ 1",
+              "RBRI 1=BRIR001BRIV003|SBRI 1 101|RBRI 1=BRIR001BRIV003|RBRI 5|XYZ 1|SBRI 1|SGAA",
               "RCON 2=CONR002CONV050|SCON 1 0|RCON 1=CONR001CONV000|RSAT 3=SATR003SATV050|"
               "SSAT 4 100|RSAT 4=SATR004SATV100|RHUE 4=HUER004HUEV050|SHUE 2 010|"
               "RHUE 2=HUER002HUEV010",
               "RCBH 1=CBHR001CBHV010|SCBH 2 255=CBHC002|RCBH 2=CBHR002CBHV255|"
               "SCBH 2 -1=CBHC002|RCBH 2=CBHR002CBHV255|RCBV 4=CBVR004CBVV010|"
               "SCBV 1 0=CBVC001|RCBV 1=CBVR001CBVV000",
-              "RCHS 1=CHSC001PHSV000|SMCHS  1 55|RCHS 1=CHSC001MHSV055|SPCHS  1 12|"
-              "RCHS 1=CHSC001PHSV012|SMCHE  2 255|RCHE 2=CHEC002MHEV255|SPCHE  2 45|"
+              "RCHS 1=CHSC001PHSV000|  SMCHS  1   55 |RCHS 1=CHSC001MHSV055|SPCHS  1 12|"
+              "RCHS 1=CHSC001PHSV012|SPCHS 1 -5|RCHS 1=CHSC001PHSV012|SMCHE  2 255|RCHE "
+              "2=CHEC002MHEV255|SPCHE  2 45|"
               "RCHE 2=CHEC002PHEV045",
               "SPCVS  3 9|RCVS 3=CVSC003PVSV009|SMCVS  3 0|RCVS 3=CVSC003PVSV000|"
               "SMCVE  4 45|RCVE 4=CVEC004MVEV045|SPCVE  4 256|RCVE 4=CVEC004MVEV045",
               // Resets: each restores its own part only.
-              "SCON 2 2|SBRI 2 1|SIMRE 2=IMRE|RCON 2=CONR002CONV050|RBRI 2=BRIR002BRIV001",
+              "SCON 2 2|SBRI 2 1|SIMRE 2=IMRE|RCON 2=CONR002CONV050|RBRI 2=BRIR002BRIV001|"
+              "SSAT 1 1|SIMRE 5=IMRE|RSAT 1=SATR001SATV001|SIMRE 3=IMRE|RSAT 1=SATR001SATV050",
               "SBRI 1 1|SCON 2 2|SSAT 3 3|SHUE 4 4|SCBH 2 99=CBHC002|SCBV 3 0=CBVC003|"
               "SRES 1|SOSDD 1|SOSDT 9|SOSDH 1|SOSDV 1|SOSDG 9|SMUTE 1|SOSDR=OSDR|"
               "RBRI 1=BRIR001BRIV001|RCBH 2=CBHR002CBHV099|SPIRE=PIRE|RCBH 2=CBHR002CBHV099|"
@@ -238,9 +240,22 @@ private slots:
         one.send("RVER");
         QVERIFY(one.waitFor("\r\n") && two.waitFor("\r\n"));
         QCOMPARE(one.chunks.join() + two.chunks.join(), QByteArray("VERS102\r\nPOWE001\r\n"));
-        QVERIFY(QTest::qWaitFor([&] { return p.canReadLine(); }, 3000));
-        const QByteArray log = p.readAllStandardOutput();
+        // What it refuses or does not apply is logged with the reason.
+        const std::pair<QByteArray, QByteArray> refused[] = {
+            {"RBRI 5", "[no output 5]"},
+            {"SFAVE 6", "[no such favourite slot]"},
+            {"SGAA", "[missing address]"},
+            {"SBRI 1", "[missing or bad argument 2]"},
+            {"XYZ 1", "[unknown command]"},
+            {"SPOW 2", "->  POWE001  [value out of range, not applied]"}};
+        for (const auto& [line, note] : refused)
+            one.send(line);
+        QByteArray log;
+        QVERIFY(QTest::qWaitFor(
+            [&] { return (log += p.readAllStandardOutput()).contains("SPOW 2"); }, 3000));
         QVERIFY2(log.contains("#1 127.20.6.2  RVER  ->  VERS102"), log.constData());
+        for (const auto& [line, note] : refused)
+            QVERIFY2(log.contains("#1 127.20.6.2  " + line + "  " + note), log.constData());
         p.kill();
         p.waitForFinished();
     }

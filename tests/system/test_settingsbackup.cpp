@@ -200,20 +200,15 @@ private slots:
                         bench.form.ui.cbo_ipaddr->itemText(0) + ")"});
         QCOMPARE(bench.received(), 0);
 
-        const std::pair<QByteArray, QString> broken[] = {
-            {"{\"format\": \"panomat-settings/1\",\n  \"controllers\": [,]}", "line 2"},
-            {"{\"format\": \"panomat-settings/2\", \"controllers\": []}", "\"panomat-settings/2\""},
-        };
-        for (const auto& [text, fault] : broken) {
-            QVERIFY(writeFile(bench.path, text));
-            bench.boxes.clear();
-            QVERIFY(!bench.form.backup().restore(bench.path));
-            QCOMPARE(bench.boxes.texts().size(), 1);
-            QVERIFY2(bench.boxes.texts().first().startsWith(
-                         QStringLiteral("The settings file cannot be read:")) &&
-                         bench.boxes.texts().first().contains(fault),
-                     qPrintable(bench.boxes.texts().first()));
-        }
+        QVERIFY(
+            writeFile(bench.path, "{\"format\": \"panomat-settings/1\",\n  \"controllers\": [,]}"));
+        bench.boxes.clear();
+        QVERIFY(!bench.form.backup().restore(bench.path));
+        QCOMPARE(bench.boxes.texts().size(), 1);
+        QVERIFY2(bench.boxes.texts().first().startsWith(
+                     QStringLiteral("The settings file cannot be read:")) &&
+                     bench.boxes.texts().first().contains("line 2"),
+                 qPrintable(bench.boxes.texts().first()));
         QCOMPARE(bench.received(), 0);
     }
 

@@ -256,8 +256,7 @@ private slots:
             wall.setQuietly(index, fromBelow ? position - 1 : (position + 1) % 511);
             QVERIFY2(bar->grab().toImage() != unfocused, "the focused bar looks unfocused");
             wall.setQuietly(index, position);
-        } else { // a drag shows where the thumb is and sends only where it is let
-                 // go
+        } else { // a drag shows where the thumb is and sends only where it is let go
             bar->setSliderDown(true);
             bar->setSliderPosition(position);
             QCOMPARE(wall.ui.value_posi[index]->text(), label);

@@ -2,8 +2,8 @@
 // with the window searched, connected and read back from virtual controllers.
 // scripts/screenshots runs it on a virtual screen the size of a small laptop's.
 
+#include "screenshot.h"
 #include "support/bench.h"
-#include "support/screenshot.h"
 #include "wall/wallplanner.h"
 
 #include <QScrollArea>

@@ -4,8 +4,8 @@
 
 #include "link/trafficlog.h"
 #include "monitor/trafficmonitor.h"
+#include "screenshot.h"
 #include "support/bench.h"
-#include "support/screenshot.h"
 
 #include <QTimer>
 #include <cstdio>

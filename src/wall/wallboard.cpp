@@ -2,11 +2,11 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QToolTip>
 #include <algorithm>
 
 namespace {
 
-constexpr int ChipWidth = 220;
 constexpr int ChipHeight = 24;
 constexpr int ChipGap = 4;
 constexpr int Margin = 8;
@@ -15,6 +15,16 @@ constexpr int Margin = 8;
 
 QString OutputChip::label() const {
     return QStringLiteral("%1 / Out %2").arg(mac, wallplan::outputName(output));
+}
+
+// The controllers of one wall share the first half of their MACs, the maker's; the
+// second half tells them apart where there is room for little.
+QString OutputChip::shortLabel() const {
+    return QStringLiteral("%1 Out %2").arg(mac.right(8), wallplan::outputName(output));
+}
+
+QString OutputChip::tileLabel() const {
+    return QStringLiteral("%1\nOut %2").arg(mac.right(8), wallplan::outputName(output));
 }
 
 WallBoard::WallBoard(QWidget* parent) : QWidget(parent) {
@@ -28,7 +38,14 @@ void WallBoard::setContent(const wallplan::Plan& plan, const QList<OutputChip>& 
     update();
 }
 
-// The chips stand in columns as high as the board; the wall takes the rest.
+// A chip is as wide as its short label and its tile: the wall takes the rest.
+int WallBoard::chipWidth() const {
+    const QFontMetrics metrics(font());
+    return metrics.horizontalAdvance(QStringLiteral("00-00-00 Out A")) +
+           metrics.horizontalAdvance(QStringLiteral("tile 225")) + 24;
+}
+
+// The chips stand in columns as high as the board.
 int WallBoard::chipsPerColumn() const {
     return std::max(1, (height() - Margin * 2 + ChipGap) / (ChipHeight + ChipGap));
 }
@@ -36,14 +53,14 @@ int WallBoard::chipsPerColumn() const {
 QRect WallBoard::chipRect(int chip) const {
     const int column = chip / chipsPerColumn();
     const int row = chip % chipsPerColumn();
-    return {Margin + column * (ChipWidth + Margin), Margin + row * (ChipHeight + ChipGap),
-            ChipWidth, ChipHeight};
+    return {Margin + column * (chipWidth() + Margin), Margin + row * (ChipHeight + ChipGap),
+            chipWidth(), ChipHeight};
 }
 
 QRect WallBoard::wallRect() const {
     const int columns =
         std::max<qsizetype>(1, (chips_.size() + chipsPerColumn() - 1) / chipsPerColumn());
-    const int chipsWidth = columns * (ChipWidth + Margin);
+    const int chipsWidth = columns * (chipWidth() + Margin);
     const QRect area(Margin * 3 + chipsWidth, Margin, width() - chipsWidth - Margin * 4,
                      height() - Margin * 2);
     // Tiles keep a screen's 16:9 shape.
@@ -75,8 +92,25 @@ QStringList WallBoard::labelsOn(int tile) const {
     QStringList labels;
     for (const wallplan::Assignment& a : plan_.assignments)
         if (a.tile == tile)
-            labels << OutputChip{a.mac, a.address, a.output}.label();
+            labels << OutputChip{a.mac, a.address, a.output}.tileLabel();
     return labels;
+}
+
+// The outputs on a tile, a line each, cut to the tile's width; on a tile too low for
+// all of them, the second half of each MAC and its output on one line.
+QString WallBoard::fitted(const QStringList& labels, const QRect& room) const {
+    const QFontMetrics metrics(font());
+    QStringList lines;
+    for (const QString& label : labels)
+        lines << label.split(QLatin1Char('\n'));
+    if (lines.size() * metrics.height() > room.height()) {
+        lines.clear();
+        for (const QString& label : labels)
+            lines << label.right(label.size() - 3).replace(QStringLiteral("\nOut"), QString());
+    }
+    for (QString& line : lines)
+        line = metrics.elidedText(line, Qt::ElideRight, room.width());
+    return lines.join(QLatin1Char('\n'));
 }
 
 void WallBoard::paintEvent(QPaintEvent*) {
@@ -98,15 +132,18 @@ void WallBoard::paintEvent(QPaintEvent*) {
         }
         p.fillRect(r, fill);
         p.setPen(Qt::white);
-        QFont f = font();
-        f.setBold(true);
-        p.setFont(f);
-        p.drawText(r.adjusted(4, 2, -4, -2), Qt::AlignTop | Qt::AlignLeft, QString::number(t));
-        if (!mark.isEmpty())
-            p.drawText(r.adjusted(4, 2, -4, -2), Qt::AlignTop | Qt::AlignRight, mark);
+        // The number and the mark share the first line, so neither covers the other.
+        QFont bold = font();
+        bold.setBold(true);
+        p.setFont(bold);
+        const QRect text = r.adjusted(4, 2, -4, -2);
+        const QString head =
+            mark.isEmpty() ? QString::number(t) : QStringLiteral("%1  %2").arg(t).arg(mark);
+        p.drawText(text, Qt::AlignTop | Qt::AlignLeft,
+                   QFontMetrics(bold).elidedText(head, Qt::ElideRight, text.width()));
         p.setFont(font());
-        p.drawText(r.adjusted(4, 2, -4, -2), Qt::AlignCenter | Qt::TextWordWrap,
-                   labels.join(QLatin1Char('\n')));
+        const QRect below = text.adjusted(0, QFontMetrics(bold).height(), 0, 0);
+        p.drawText(below, Qt::AlignCenter, fitted(labels, below));
     }
     for (int i = 0; i < chips_.size(); ++i) {
         const QRect r = chipRect(i);
@@ -117,7 +154,8 @@ void WallBoard::paintEvent(QPaintEvent*) {
         p.setPen(palette().text().color());
         p.setBrush(tile ? palette().button() : palette().base());
         p.drawRoundedRect(r, 6, 6);
-        p.drawText(r.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignLeft, chips_[i].label());
+        p.drawText(r.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignLeft,
+                   chips_[i].shortLabel());
         if (tile)
             p.drawText(r.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignRight,
                        QStringLiteral("tile %1").arg(tile));
@@ -130,8 +168,23 @@ void WallBoard::paintEvent(QPaintEvent*) {
         p.drawRoundedRect(r, 6, 6);
         p.setPen(palette().highlightedText().color());
         p.drawText(r.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignLeft,
-                   chips_[dragged_].label());
+                   chips_[dragged_].shortLabel());
     }
+}
+
+// A chip's whole MAC, as the device list shows it, in its tooltip.
+bool WallBoard::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    const auto* help = static_cast<QHelpEvent*>(event);
+    for (int i = 0; i < chips_.size(); ++i)
+        if (chipRect(i).contains(help->pos())) {
+            QToolTip::showText(help->globalPos(), chips_[i].label(), this);
+            return true;
+        }
+    QToolTip::hideText();
+    event->ignore();
+    return true;
 }
 
 void WallBoard::mousePressEvent(QMouseEvent* event) {

@@ -12,6 +12,9 @@ struct OutputChip {
     QString address;
     int output = 1; // 1..4
     QString label() const;
+    // On a chip: the second half of the MAC and the output; on a tile, one over the other.
+    QString shortLabel() const;
+    QString tileLabel() const;
 };
 
 // The wall drawn as rows x columns tiles beside the outputs as chips. A chip dragged
@@ -37,6 +40,7 @@ signals:
     void dropped(int chip, int tile);
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -44,8 +48,10 @@ protected:
 
 private:
     QRect wallRect() const;
+    int chipWidth() const;
     int chipsPerColumn() const;
     QStringList labelsOn(int tile) const;
+    QString fitted(const QStringList& labels, const QRect& room) const;
 
     wallplan::Plan plan_;
     QList<OutputChip> chips_;

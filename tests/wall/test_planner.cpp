@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QFile>
 #include <QGroupBox>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -132,6 +133,16 @@ private slots:
                  qPrintable(texts[1]));
         QCOMPARE(bench.boxes.seen().last().icon, QMessageBox::Information);
         QCOMPARE(bench.boxes.seen().last().owner, QStringLiteral("wall_planner"));
+
+        // On a small planner a tile still tells its controller: tile 1 showing controller
+        // 2's Out A instead of controller 1's looks different.
+        planner->resize(640, 420);
+        WallBoard* board = planner->board();
+        QTRY_VERIFY(board->tileRect(1).width() < 110);
+        const QImage first = board->grab(board->tileRect(1)).toImage();
+        planner->place(0, 0);
+        planner->place(4, 1);
+        QVERIFY(board->grab(board->tileRect(1)).toImage() != first);
     }
 
     void dragAndListsPlaceOutputsAndMarkTiles() {

@@ -5,6 +5,7 @@
 #include <QLabel>
 
 WaitStatus::WaitStatus(WindowServices& session, QLabel* label) : label_(label) {
+    label_->setSizePolicy(QSizePolicy::Ignored, label_->sizePolicy().verticalPolicy());
     tick_.setInterval(1000);
     tick_.setTimerType(Qt::PreciseTimer);
     connect(&tick_, &QTimer::timeout, this, &WaitStatus::update);
@@ -31,13 +32,13 @@ WaitStatus::WaitStatus(WindowServices& session, QLabel* label) : label_(label) {
                 if (tick_.isActive())
                     update();
             });
-    connect(&session.notice(), &WaitNotice::hint, label_, &QLabel::setText);
+    connect(&session.notice(), &WaitNotice::hint, this, &WaitStatus::show);
     connect(&session.notice(), &WaitNotice::ended, this, [this] {
         waitingFor_.clear();
         show_.stop();
         tick_.stop();
         if (!label_->text().isEmpty())
-            label_->clear();
+            show({});
     });
 }
 
@@ -56,5 +57,12 @@ void WaitStatus::update() {
     QString text = QStringLiteral("%1 for %2 s").arg(waitingFor_).arg(seconds);
     if (seconds >= HintAfterS)
         text += QStringLiteral(" - ") + wayOut_;
+    show(text);
+}
+
+// The label takes the room the status bar has left and no more, so the buttons beside
+// it stay whole; what it cannot show is in its tooltip.
+void WaitStatus::show(const QString& text) {
     label_->setText(text);
+    label_->setToolTip(text);
 }

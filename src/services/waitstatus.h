@@ -27,6 +27,7 @@ public:
 private:
     void begin(const QString& text, const QString& wayOut);
     void update();
+    void show(const QString& text);
 
     QLabel* label_;
     QString waitingFor_;

@@ -34,7 +34,7 @@ public:
     int tileAt(QPoint point) const; // 0 off the wall
 
     QSize sizeHint() const override { return {900, 480}; }
-    QSize minimumSizeHint() const override { return {520, 320}; }
+    QSize minimumSizeHint() const override { return {320, 160}; }
 
 signals:
     void dropped(int chip, int tile);

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QVBoxLayout>
@@ -157,6 +158,8 @@ void WallPlanner::present() {
             outputBox_->addItem(chip.label());
     }
     showPlan();
+    if (!isVisible())
+        resize(sizeHint().boundedTo(screen()->availableGeometry().size() * 9 / 10));
     show();
     raise();
     activateWindow();

@@ -132,16 +132,33 @@ TrafficMonitor& Form1::monitor() {
     monitor_ = new TrafficMonitor(*services_, *traffic_, this);
     addDockWidget(Qt::RightDockWidgetArea, monitor_);
     monitor_->hide();
-    // Room for the text of the rows when first shown; the operator may drag it after.
     connect(monitor_, &QDockWidget::visibilityChanged, this, [this](bool visible) {
-        static constexpr int Width = 760;
-        if (visible && monitor_->width() < Width && !monitorSized_) {
+        if (visible && !monitorSized_) {
             monitorSized_ = true;
-            resizeDocks({monitor_}, {Width}, Qt::Horizontal);
+            placeMonitor();
         }
         showMonitor_->setChecked(visible);
     });
     return *monitor_;
+}
+
+// Room for the text of the rows when first shown, taken from the screen and not from the
+// pages: beside the window where the screen is wide enough, else below the pages, which
+// scroll. The operator may drag it after.
+void Form1::placeMonitor() {
+    static constexpr int Width = 760;
+    if (monitor_->isFloating())
+        return;
+    const QRect screenArea = screen()->availableGeometry();
+    const int room = screenArea.width() - frameGeometry().width();
+    if (room >= Width - monitor_->width()) {
+        resize(width() + Width - monitor_->width(), height());
+        move(std::min(x(), screenArea.right() - frameGeometry().width()), y());
+        resizeDocks({monitor_}, {Width}, Qt::Horizontal);
+        return;
+    }
+    addDockWidget(Qt::BottomDockWidgetArea, monitor_);
+    resizeDocks({monitor_}, {height() / 3}, Qt::Vertical);
 }
 
 WallPlanner& Form1::planner() {

@@ -64,6 +64,7 @@ private:
     void Form_Load();
     void buildFeatures();
     void buildMonitor();
+    void placeMonitor();
     void showAbout();
     void buildStopWaiting();
     void fillLists();

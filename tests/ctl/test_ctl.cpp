@@ -7,14 +7,12 @@
 
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTemporaryDir>
 #include <QTest>
 #include <memory>
 #include <vector>
@@ -23,8 +21,7 @@ namespace {
 
 struct Run {
     int exit = -1;
-    QString out;
-    QString err;
+    QString out, err;
 };
 
 QString address(int i) {
@@ -143,8 +140,7 @@ private slots:
             plan + R"(2, "cols": 2, "assignments": [
                 {"address": "127.67.0.2", "output": "A", "tile": 5}]})");
         row("missing file", "restore FILE", "No such file");
-        QTest::newRow("empty --host")
-            << QStringList{"get", "--host", ""} << QByteArray() << "names an empty address";
+        row("empty --host", "get --host ", "names an empty address");
         row("--host of commas", "get --host ,,,", "names an empty address");
         row("--host with an empty part", "get --host 127.67.0.2,,127.67.0.3",
             "names an empty address");
@@ -185,14 +181,12 @@ private slots:
     void faultsAreNamedAndTheOthersDone_data() {
         QTest::addColumn<QString>("fault");
         QTest::addColumn<QString>("message");
-        QTest::newRow("silent") << "silent"
-                                << "127.67.0.3: no reply to RBRI 1 within 300 ms";
-        QTest::newRow("closes") << "drop"
-                                << "127.67.0.3: closed the connection";
-        QTest::newRow("unreachable") << "stopped"
-                                     << "127.67.0.3: Connection refused";
-        QTest::newRow("wrong key") << "garbage"
-                                   << "127.67.0.3: answered RBRI 1 with ZZZZ\\x01\\r";
+        for (auto [tag, fault, message] :
+             {std::array{"silent", "silent", "no reply to RBRI 1 within 300 ms"},
+              {"closes", "drop", "closed the connection"},
+              {"unreachable", "stopped", "Connection refused"},
+              {"wrong key", "garbage", "answered RBRI 1 with ZZZZ\\x01\\r"}})
+            QTest::newRow(tag) << QString(fault) << "127.67.0.3: " + QString(message);
     }
 
     // One controller fails; the others are read and printed, and the exit status is 1.
@@ -245,8 +239,7 @@ private slots:
         QFETCH(QString, deadline);
         sim::VirtualController& first = *controllers_[0];
         const sim::ControllerState before = first.state();
-        QStringList arguments;
-        QStringList names;
+        QStringList arguments, names;
         if (procedure == "restore") {
             QCOMPARE(ctl({"backup", "-o", file("b.json"), "--host", address(0)}).exit, 0);
             sim::ControllerState changed = before;
@@ -272,10 +265,7 @@ private slots:
             arguments = QStringList{"wall", "apply", file("p.json"), "--json"};
         }
         const sim::ControllerState sent = first.state();
-        sim::Faults faults;
-        faults.dropAfterWrites = k;
-        faults.latencyMs = deadline.isEmpty() ? 0 : 150;
-        first.setFaults(faults);
+        first.setFaults({.latencyMs = deadline.isEmpty() ? 0 : 150, .dropAfterWrites = k});
         if (!deadline.isEmpty())
             arguments << "--deadline" << deadline << "--timeout"
                       << "1000";
@@ -401,9 +391,7 @@ private slots:
     // A reply time-out is a promise to wait at least that long: a timer that fires a few per
     // cent early gives a controller that answers just in time up for lost.
     void timeOutsNeverFireEarly() {
-        sim::Faults silent;
-        silent.silent = {"RBRI"};
-        controllers_[1]->setFaults(silent);
+        controllers_[1]->setFaults({.silent = {"RBRI"}});
         for (int timeoutMs : {110, 230, 470, 950}) {
             ControllerClient client(address(1), timeoutMs);
             QElapsedTimer sent;

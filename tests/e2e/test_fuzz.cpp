@@ -1,6 +1,5 @@
 #include "support/bench.h"
 
-#include <QAbstractButton>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 
@@ -37,12 +36,8 @@ public:
     bool done() const { return done_; }
     QString failure() const { return failure_; }
     QString summary() const {
-        return QStringLiteral("%1 steps, %2 replies, %3 presses, %4 stops, deepest nesting %5")
-            .arg(steps_)
-            .arg(replies_)
-            .arg(presses_)
-            .arg(stops_)
-            .arg(deepest_);
+        return QString::asprintf("%d steps, %d replies, %d presses, %d stops, deepest nesting %d",
+                                 steps_, replies_, presses_, stops_, deepest_);
     }
 
 private:
@@ -158,11 +153,8 @@ private:
     QList<QAbstractButton*> buttons_;
     QAbstractButton* stop_ = nullptr;
     QElapsedTimer clock_;
-    int seconds_ = 0;
-    bool settling_ = false;
-    bool done_ = false;
-    int nesting_ = 0;
-    int deepest_ = 0;
+    bool settling_ = false, done_ = false;
+    int seconds_ = 0, nesting_ = 0, deepest_ = 0;
     int steps_ = 0, replies_ = 0, presses_ = 0, stops_ = 0;
     QString failure_;
 };

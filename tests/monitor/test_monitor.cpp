@@ -8,12 +8,7 @@
 #include "support/bench.h"
 #include "support/files.h"
 
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QScrollBar>
 #include <QTableView>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -149,9 +144,7 @@ private slots:
 
     void statusBarNamesThePendingReply() {
         auto* label = bench_->form.findChild<QLabel*>("wait_status");
-        sim::Faults silent;
-        silent.silent = {"RBY"};
-        bench_->sim.controller(1)->setFaults(silent);
+        bench_->sim.controller(1)->setFaults({.silent = {"RBY"}});
         QStringList seen;
         driver::when(
             &bench_->form, [&] { return label->text().contains("BYPA"); },

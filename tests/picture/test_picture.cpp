@@ -23,12 +23,9 @@ struct Page : Bench {
             values << 11 + 5 * i;
             setSetting(device(), Rows[i / 4] + QByteArray(".") + char('a' + i % 4), values.last());
         }
-        for (const char* read : {"RBRI", "RCON", "RSAT", "RHUE"})
-            for (int n = 1; n <= 4; ++n)
-                reads << QStringLiteral("%1 %2").arg(read).arg(n);
     }
     QList<int> values;
-    QStringList reads;
+    const QStringList reads = numbered({"RBRI", "RCON", "RSAT", "RHUE"});
 };
 
 } // namespace
@@ -42,18 +39,15 @@ private slots:
         QTest::addColumn<int>("button");       // then: 0-3 a row's reset, 4 the picture's, -1 none
         QTest::addColumn<bool>("allIp");       // the row's box ticked, the others not; or Yes
         QTest::addColumn<QByteArray>("ack");
-        QTest::newRow("key in characters 1-4")
-            << QByteArray("BRIV080") << -1 << false << QByteArray();
-        QTest::newRow("contrast at brightness")
-            << QByteArray("CONR001CONV033") << -1 << false << QByteArray();
-        QTest::newRow("value past the list")
-            << QByteArray("BRIR001BRIV101") << -1 << false << QByteArray();
-        QTest::newRow("brightness reset") << QByteArray() << 0 << false << QByteArray("IMRE");
-        QTest::newRow("hue reset, ALL IP, PIRE") << QByteArray() << 3 << true << QByteArray("PIRE");
-        QTest::newRow("picture reset, Yes, IMRE")
-            << QByteArray() << 4 << true << QByteArray("IMRE");
-        QTest::newRow("picture reset, No, PIRE")
-            << QByteArray() << 4 << false << QByteArray("PIRE");
+        for (auto [tag, stray, button, allIp, ack] :
+             {std::tuple{"key in characters 1-4", "BRIV080", -1, false, ""},
+              {"contrast at brightness", "CONR001CONV033", -1, false, ""},
+              {"value past the list", "BRIR001BRIV101", -1, false, ""},
+              {"brightness reset", "", 0, false, "IMRE"},
+              {"hue reset, ALL IP, PIRE", "", 3, true, "PIRE"},
+              {"picture reset, Yes, IMRE", "", 4, true, "IMRE"},
+              {"picture reset, No, PIRE", "", 4, false, "PIRE"}})
+            QTest::newRow(tag) << QByteArray(stray) << button << allIp << QByteArray(ack);
     }
 
     // "Refresh" reads the lists one at a time, its button disabled meanwhile; a stray reply leaves
@@ -79,8 +73,7 @@ private slots:
         driver::click(ui.btn_img_rst[5]);
         QCOMPARE(grid(ui), page.values);
         QVERIFY(ui.btn_img_rst[5]->isEnabled());
-        driver::pick(ui.cbo_image_hue[1],
-                     page.values[12]); // idle again: to the selected only
+        driver::pick(ui.cbo_image_hue[1], page.values[12]); // idle again: to the selected only
         QCOMPARE(page.lines(0), (QStringList{"RBRI 1", "SCON 2 36"} + page.reads.mid(1) +
                                  QStringList{"SHUE 1 71"}));
         QCOMPARE(page.lines(1), QStringList());

@@ -218,38 +218,34 @@ private slots:
         QTest::addColumn<QString>("first");        // the lowest host probed
         QTest::addColumn<int>("hosts");
         QTest::addColumn<QStringList>("notes");
-        QTest::newRow("a /24, the own address left out")
-            << std::vector<InterfaceAddress>{interfaceAt("lo", "127.0.0.1", 8, Up | IFF_LOOPBACK),
-                                             interfaceAt("eth0", "192.0.2.1", 24)}
-            << QStringList{"192.0.2.0/24 on eth0 (253)"} << "192.0.2.2" << 253 << QStringList{};
-        QTest::newRow("a /22 whole")
-            << std::vector<InterfaceAddress>{interfaceAt("eth0", "198.51.101.7", 22)}
-            << QStringList{"198.51.100.0/22 on eth0 (1021)"} << "198.51.100.1" << 1021
-            << QStringList{};
-        QTest::newRow("a /21: the /24 around")
-            << std::vector<InterfaceAddress>{interfaceAt("wlan0", "198.51.101.7", 21)}
-            << QStringList{"198.51.101.0/24 on wlan0 (253)"} << "198.51.101.1" << 253
-            << QStringList{"198.51.96.0/21 on wlan0 is larger than a /22: probing only "
-                           "198.51.101.0/24 around 198.51.101.7"};
-        QTest::newRow("/31, /32 alone, /32 to a peer")
-            << std::vector<InterfaceAddress>{interfaceAt("eth0", "192.0.2.4", 31),
-                                             interfaceAt("eth1", "192.0.2.9", 32),
-                                             interfaceAt("ppp0", "192.0.2.20", 32,
-                                                         Up | IFF_POINTOPOINT, "192.0.2.21")}
-            << QStringList{"192.0.2.4/31 on eth0 (1)", "192.0.2.21/32 on ppp0 (1)"} << "192.0.2.5"
-            << 2 << QStringList{"192.0.2.9/32 on eth1 has no other host"};
-        QTest::newRow("loopback, down, not running, no mask: nothing")
-            << std::vector<InterfaceAddress>{interfaceAt("lo", "127.0.0.1", 8, Up | IFF_LOOPBACK),
-                                             interfaceAt("eth0", "192.0.2.1", 24, 0),
-                                             interfaceAt("eth1", "198.51.100.1", 24, IFF_UP),
-                                             interfaceAt("eth2", "203.0.113.1", 0)}
-            << QStringList{} << "" << 0 << QStringList{};
-        QTest::newRow("two addresses on one network; another interface's address")
-            << std::vector<InterfaceAddress>{interfaceAt("eth0", "192.0.2.10", 24),
-                                             interfaceAt("eth0", "192.0.2.11", 24),
-                                             interfaceAt("eth1", "192.0.2.12", 24),
-                                             interfaceAt("eth2", "192.0.2.13", 24, 0)}
-            << QStringList{"192.0.2.0/24 on eth0 (250)"} << "192.0.2.1" << 250 << QStringList{};
+        const auto row = [](const char* tag, const std::vector<InterfaceAddress>& interfaces,
+                            const QStringList& networks, const char* first, int hosts,
+                            const QStringList& notes = {}) {
+            QTest::newRow(tag) << interfaces << networks << QString(first) << hosts << notes;
+        };
+        const InterfaceAddress lo = interfaceAt("lo", "127.0.0.1", 8, Up | IFF_LOOPBACK);
+        row("a /24, the own address left out", {lo, interfaceAt("eth0", "192.0.2.1", 24)},
+            {"192.0.2.0/24 on eth0 (253)"}, "192.0.2.2", 253);
+        row("a /22 whole", {interfaceAt("eth0", "198.51.101.7", 22)},
+            {"198.51.100.0/22 on eth0 (1021)"}, "198.51.100.1", 1021);
+        row("a /21: the /24 around", {interfaceAt("wlan0", "198.51.101.7", 21)},
+            {"198.51.101.0/24 on wlan0 (253)"}, "198.51.101.1", 253,
+            {"198.51.96.0/21 on wlan0 is larger than a /22: probing only 198.51.101.0/24 around "
+             "198.51.101.7"});
+        row("/31, /32 alone, /32 to a peer",
+            {interfaceAt("eth0", "192.0.2.4", 31), interfaceAt("eth1", "192.0.2.9", 32),
+             interfaceAt("ppp0", "192.0.2.20", 32, Up | IFF_POINTOPOINT, "192.0.2.21")},
+            {"192.0.2.4/31 on eth0 (1)", "192.0.2.21/32 on ppp0 (1)"}, "192.0.2.5", 2,
+            {"192.0.2.9/32 on eth1 has no other host"});
+        row("loopback, down, not running, no mask: nothing",
+            {lo, interfaceAt("eth0", "192.0.2.1", 24, 0),
+             interfaceAt("eth1", "198.51.100.1", 24, IFF_UP),
+             interfaceAt("eth2", "203.0.113.1", 0)},
+            {}, "", 0);
+        row("two addresses on one network; another interface's address",
+            {interfaceAt("eth0", "192.0.2.10", 24), interfaceAt("eth0", "192.0.2.11", 24),
+             interfaceAt("eth1", "192.0.2.12", 24), interfaceAt("eth2", "192.0.2.13", 24, 0)},
+            {"192.0.2.0/24 on eth0 (250)"}, "192.0.2.1", 250);
         std::vector<InterfaceAddress> many;
         QStringList sixteen;
         for (int i = 0; i < 18; ++i) {
@@ -258,10 +254,9 @@ private slots:
             if (i < 16)
                 sixteen << QStringLiteral("198.18.%1.0/30 on br%1 (1)").arg(i);
         }
-        QTest::newRow("at most 16 networks")
-            << many << sixteen << "198.18.0.2" << 16
-            << QStringList{"left out 198.18.16.0/30 on br16: more than 16 networks",
-                           "left out 198.18.17.0/30 on br17: more than 16 networks"};
+        row("at most 16 networks", many, sixteen, "198.18.0.2", 16,
+            {"left out 198.18.16.0/30 on br16: more than 16 networks",
+             "left out 198.18.17.0/30 on br17: more than 16 networks"});
     }
     void machineNetworks() {
         QFETCH(std::vector<InterfaceAddress>, interfaces);
@@ -298,25 +293,22 @@ private slots:
         QTest::addColumn<QByteArray>("probing"); // standard output
         QTest::addColumn<QList<int>>("found");   // controller numbers
         QTest::addColumn<bool>("secondNetwork"); // the searcher is on 198.51.100.0/30 too
+        const QByteArray lan = "probing 192.0.2.0/24 on eth0 (253 hosts)\n";
         QTest::newRow("nothing configured")
-            << QString() << QByteArray() << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n")
-            << QList<int>{0, 1, 2} << false;
+            << QString() << QByteArray() << lan << QList<int>{0, 1, 2} << false;
         QFile example(ZEDA_CONF_EXAMPLE);
         QVERIFY(example.open(QIODevice::ReadOnly));
         QTest::newRow("the shipped example beside the program")
-            << "beside" << example.readAll()
-            << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n") << QList<int>{0, 1, 2}
-            << false;
+            << "beside" << example.readAll() << lan << QList<int>{0, 1, 2} << false;
         QTest::newRow("the user's list")
             << "user" << QByteArray("192.0.2.11-192.0.2.12\n192.0.2.99 # gone\n")
             << QByteArray("probing the host list ~/.config/panomat-set/ZEDA.conf (3 hosts)\n")
             << QList<int>{1, 2} << false;
         QTest::newRow("two networks, summed up last")
             << QString() << QByteArray()
-            << QByteArray("probing 192.0.2.0/24 on eth0 (253 hosts)\n"
-                          "probing 198.51.100.0/30 on eth1 (1 host)\n"
-                          "probing 2 networks: 192.0.2.0/24 on eth0, 198.51.100.0/30 on eth1 "
-                          "(254 hosts)\n")
+            << lan + QByteArray("probing 198.51.100.0/30 on eth1 (1 host)\n"
+                                "probing 2 networks: 192.0.2.0/24 on eth0, 198.51.100.0/30 on eth1 "
+                                "(254 hosts)\n")
             << QList<int>{0, 1, 2} << true;
     }
     void searchOfASimulatedLan() {
@@ -455,11 +447,9 @@ private slots:
                 _exit(125); // a namespace needs root, as port 23 does
         });
         const QByteArray& said = run.said;
-        QVERIFY2(run.exitCode == 0, said.constData());
-        QVERIFY2(said.contains(
-                     QStringLiteral("0 controllers found among %1 hosts").arg(count).toLatin1()),
+        QVERIFY2(run.exitCode == 0 && said.contains(message), said.constData());
+        QVERIFY2(said.contains("0 controllers found among " + QByteArray::number(count) + " hosts"),
                  said.constData());
-        QVERIFY2(said.contains(message), said.constData());
         QCOMPARE(run.out.isEmpty(), hosts.isEmpty());
     }
 

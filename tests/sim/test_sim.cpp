@@ -45,9 +45,8 @@ struct Client {
 QByteArray wallText(const ControllerState& s) {
     QByteArray text =
         QByteArray::number(s.value("wall.rows")) + 'x' + QByteArray::number(s.value("wall.cols"));
-    for (const char* p :
-         {"wall.position.a", "wall.position.b", "wall.position.c", "wall.position.d"})
-        text += ' ' + QByteArray::number(s.value(p));
+    for (char output : {'a', 'b', 'c', 'd'})
+        text += ' ' + QByteArray::number(s.value(QByteArray("wall.position.") + output));
     return text + (s.value("bypass") ? " bypass" : "") + (s.value("bezel.mode") ? " bezel" : "");
 }
 
@@ -206,18 +205,17 @@ private slots:
     void addressesRefused_data() {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QByteArray>("message");
-        QTest::newRow("not loopback") << QStringList{"--first", "192.0.2.10"}
-                                      << QByteArray("--first must be an IPv4 address in "
-                                                    "127.0.0.0/8, not '192.0.2.10' (--any-address");
-        QTest::newRow("0.0.0.1 with --any-address")
-            << QStringList{"--any-address", "--first", "0.0.0.1"}
-            << QByteArray("0.0.0.1 is no address to listen on");
-        QTest::newRow("into multicast")
-            << QStringList{"--any-address", "--first", "223.255.255.254", "-n", "3"}
-            << QByteArray("3 controllers from 223.255.255.254 do not fit");
-        QTest::newRow("not an address, --any-address or not")
-            << QStringList{"--any-address", "--first", "192.0.2"}
-            << QByteArray("--first must be an IPv4 address in 127.0.0.0/8, not '192.0.2'\n");
+        const auto row = [](const char* tag, const QString& arguments, const QByteArray& message) {
+            QTest::newRow(tag) << arguments.split(u' ') << message;
+        };
+        row("not loopback", "--first 192.0.2.10",
+            "--first must be an IPv4 address in 127.0.0.0/8, not '192.0.2.10' (--any-address");
+        row("0.0.0.1 with --any-address", "--any-address --first 0.0.0.1",
+            "0.0.0.1 is no address to listen on");
+        row("into multicast", "--any-address --first 223.255.255.254 -n 3",
+            "3 controllers from 223.255.255.254 do not fit");
+        row("not an address, --any-address or not", "--any-address --first 192.0.2",
+            "--first must be an IPv4 address in 127.0.0.0/8, not '192.0.2'\n");
     }
     void addressesRefused() {
         QFETCH(QStringList, arguments);

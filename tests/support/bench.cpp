@@ -17,6 +17,14 @@ QStringList linesOf(const sim::VirtualController* device) {
     return lines;
 }
 
+QStringList numbered(const QStringList& keywords, int last) {
+    QStringList lines;
+    for (const QString& keyword : keywords)
+        for (int n = 1; n <= last; ++n)
+            lines << keyword + u' ' + QString::number(n);
+    return lines;
+}
+
 Bench::Bench(const QString& first, int devices) : answers_(devices), arrivals_(devices) {
     QObject::connect(&form.services().link(), &DeviceLink::received, &form, [this](int i) {
         if (i < arrivals_.size())

@@ -21,6 +21,8 @@ qint64 setting(const sim::VirtualController& device, const QByteArray& name);
 void setSetting(sim::VirtualController& device, const QByteArray& name, qint64 value);
 // Every line the controller has received, oldest first.
 QStringList linesOf(const sim::VirtualController* device);
+// Each keyword with the numbers 1..last: {"RCBH", "RCBV"} -> "RCBH 1", ..., "RCBV 4".
+QStringList numbered(const QStringList& keywords, int last = 4);
 
 // The window and virtual controllers on consecutive loopback addresses from `first`, port 23; every
 // message box is answered (Yes, else its first button) and recorded.

@@ -82,8 +82,7 @@ void when(QObject* context, std::function<bool()> condition, std::function<void(
 
 void click(QAbstractButton* button, int deadlineSeconds) {
     struct State {
-        bool returned = false;
-        bool expired = false;
+        bool returned = false, expired = false;
     };
     auto state = std::make_shared<State>();
     auto* form = dynamic_cast<Form1*>(button->window());

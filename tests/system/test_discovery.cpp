@@ -3,10 +3,7 @@
 #include "system/searchnetworks.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFile>
 #include <QPlainTextEdit>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -142,14 +139,8 @@ private slots:
         Bench bench("127.11.5.1", 1);
         QByteArray mac, ip;
         for (int i = 1; i <= 300; ++i) {
-            mac += QStringLiteral("02-00-7F-0B-%1-%2\r\n")
-                       .arg(i / 256, 2, 16, QLatin1Char('0'))
-                       .arg(i % 256, 2, 16, QLatin1Char('0'))
-                       .toLatin1();
-            ip += QStringLiteral("127.011.%1.%2")
-                      .arg(5 + i / 256, 3, 10, QLatin1Char('0'))
-                      .arg(i % 256, 3, 10, QLatin1Char('0'))
-                      .toLatin1();
+            mac += QString::asprintf("02-00-7F-0B-%02x-%02x\r\n", i / 256, i % 256).toLatin1();
+            ip += QString::asprintf("127.011.%03d.%03d", 5 + i / 256, i % 256).toLatin1();
         }
         prepare(mac, ip + "\r\n");
         search(bench.form);
@@ -217,14 +208,14 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&form));
         QStringList sources;
         QByteArray saved;
+        const auto open = [] {
+            auto* dialog = qobject_cast<SearchNetworks*>(QApplication::activeModalWidget());
+            return dialog && dialog->isVisible() ? dialog : nullptr;
+        };
         driver::when(
-            &form,
-            [] {
-                auto* dialog = qobject_cast<SearchNetworks*>(QApplication::activeModalWidget());
-                return dialog && dialog->isVisible();
-            },
+            &form, [&] { return open() != nullptr; },
             [&] {
-                auto* dialog = qobject_cast<SearchNetworks*>(QApplication::activeModalWidget());
+                SearchNetworks* dialog = open();
                 const auto source = [dialog] {
                     return dialog->findChild<QLabel*>(QStringLiteral("search_source"))->text();
                 };
@@ -245,9 +236,7 @@ private slots:
                 type({"192.0.2.7 # the lab", "192.0.2.0/30"});
                 press("search_save");
                 sources << source();
-                QFile file(list);
-                if (file.open(QIODevice::ReadOnly))
-                    saved = file.readAll();
+                saved = readFile(list);
                 driver::key(editor, Qt::Key_End);
                 type({"printer"});
                 press("search_save");

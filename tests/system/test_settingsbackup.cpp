@@ -7,15 +7,7 @@
 #include "system/settingsbackup.h"
 
 #include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFile>
-#include <QGroupBox>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
 
 // Four virtual controllers in 127.68.20.0/24 and up, one subnet per test function.
 namespace {
@@ -248,15 +240,15 @@ private slots:
         log.flush();
         for (int n = 1; n <= 4; ++n)
             QCOMPARE(monitored(log, n - 1), linesOf(bench.c(n)));
+        const auto data = [&log](int r, int column) {
+            return log.index(r, column).data().toString();
+        };
         for (int r = 0; r < log.rowCount(); ++r)
-            if (log.index(r, TrafficLog::Direction).data().toString() == QLatin1String("received"))
-                QVERIFY2(log.index(r, TrafficLog::ReplyTime)
-                                 .data()
-                                 .toString()
-                                 .section(u' ', 0, 0)
-                                 .remove(u',')
-                                 .toDouble() < 1000,
-                         "a reply timed from some other line than its own request");
+            if (data(r, TrafficLog::Direction) == QLatin1String("received"))
+                QVERIFY2(
+                    data(r, TrafficLog::ReplyTime).section(u' ', 0, 0).remove(u',').toDouble() <
+                        1000,
+                    "a reply timed from some other line than its own request");
     }
 
     void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt_data() {
@@ -273,9 +265,7 @@ private slots:
         QVERIFY(bench.save());
         const sim::ControllerState saved = bench.c(2)->state();
         change(bench.c(2), manySettings());
-        sim::Faults drop;
-        drop.dropAfterWrites = k;
-        bench.c(2)->setFaults(drop);
+        bench.c(2)->setFaults({.dropAfterWrites = k});
 
         QVERIFY(!bench.restore());
         const QString report = bench.boxes.reports().last();

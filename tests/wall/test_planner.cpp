@@ -3,19 +3,8 @@
 #include "wall/wallplanner.h"
 
 #include <QApplication>
-#include <QComboBox>
-#include <QFile>
-#include <QGroupBox>
 #include <QImage>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QPushButton>
 #include <QSpinBox>
-#include <QTemporaryDir>
-#include <QTest>
-
-using driver::find;
 
 // Each test function runs four virtual controllers on its own addresses in 127.68.0.0/16.
 namespace {
@@ -63,12 +52,13 @@ struct Planner : Bench {
 
     sim::VirtualController* c(int number) { return &device(number - 1); }
 
-    // A 4 x 4 wall, auto-filled and applied.
-    WallPlanner* applyFourByFour() {
+    // A 4 x 4 wall, auto-filled; applied if asked.
+    WallPlanner* fourByFour(bool apply = true) {
         WallPlanner* planner = openPlanner();
         shape(planner, 4, 4);
         press(planner, "planner_autofill");
-        press(planner, "planner_apply");
+        if (apply)
+            press(planner, "planner_apply");
         return planner;
     }
 };
@@ -80,9 +70,7 @@ class TestPlanner : public QObject {
 private slots:
     void autoFillAppliesEveryControllersTiles() {
         Planner bench(1);
-        WallPlanner* planner = bench.openPlanner();
-        Planner::shape(planner, 4, 4);
-        Planner::press(planner, "planner_autofill");
+        WallPlanner* planner = bench.fourByFour(false);
         QCOMPARE(planner->plan().rows, 4);
         QCOMPARE(planner->plan().cols, 4);
         QCOMPARE(planner->plan().assignments.size(), 16);
@@ -94,9 +82,7 @@ private slots:
         const QString shown = bench.form.ui.TextInfo->text();
         QString shownDuring;
         bool lockedDuring = false;
-        sim::Faults slow;
-        slow.latencyMs = 20;
-        bench.c(4)->setFaults(slow);
+        bench.c(4)->setFaults({.latencyMs = 20});
         driver::when(
             &bench.form, [&] { return linesOf(bench.c(4)).size() >= 4; },
             [&] {
@@ -113,10 +99,9 @@ private slots:
             const sim::ControllerState& state = bench.c(n)->state();
             QCOMPARE(state.value("wall.rows"), 4);
             QCOMPARE(state.value("wall.cols"), 4);
-            const char* outputs[] = {"wall.position.a", "wall.position.b", "wall.position.c",
-                                     "wall.position.d"};
             for (int o = 0; o < 4; ++o)
-                QCOMPARE(state.value(outputs[o]), 4 * (n - 1) + o + 1);
+                QCOMPARE(state.value(QStringLiteral("wall.position.%1").arg(QChar(u'a' + o))),
+                         4 * (n - 1) + o + 1);
         }
         // The second controller got exactly its pairs, each after the one before was
         // acknowledged; the first also the window's refresh afterwards.
@@ -190,10 +175,10 @@ private slots:
                  qPrintable(coverage->text()));
 
         // Dragged off the wall, the output leaves it.
+        const QPoint off(board->width() - 2, board->height() - 2);
         QTest::mousePress(board, Qt::LeftButton, {}, from);
-        QTest::mouseMove(board, QPoint(board->width() - 2, board->height() - 2));
-        QTest::mouseRelease(board, Qt::LeftButton, {},
-                            QPoint(board->width() - 2, board->height() - 2));
+        QTest::mouseMove(board, off);
+        QTest::mouseRelease(board, Qt::LeftButton, {}, off);
         QCOMPARE(planner->plan().assignments.size(), 1);
         QCOMPARE(planner->plan().assignments.first().output, 4);
     }
@@ -238,9 +223,7 @@ private slots:
         }
 
         // While the refresh waits for a reply that does not come, Apply is refused.
-        sim::Faults silent;
-        silent.silent = {"RPOW"};
-        bench.c(1)->setFaults(silent);
+        bench.c(1)->setFaults({.silent = {"RPOW"}});
         bench.forget();
         bench.boxes.clear();
         QStringList shownWhileWaiting;
@@ -274,13 +257,9 @@ private slots:
 
     void silentAndDroppingControllersAreNamedOthersAreDone() {
         Planner bench(5);
-        sim::Faults silent;
-        silent.silent = {"SCO"};
-        bench.c(3)->setFaults(silent);
-        sim::Faults drops;
-        drops.dropAfter = 3;
-        bench.c(4)->setFaults(drops);
-        WallPlanner* planner = bench.applyFourByFour();
+        bench.c(3)->setFaults({.silent = {"SCO"}});
+        bench.c(4)->setFaults({.dropAfter = 3});
+        WallPlanner* planner = bench.fourByFour();
 
         const QString summary = bench.boxes.texts().last();
         QVERIFY2(summary.startsWith(QStringLiteral(
@@ -327,10 +306,8 @@ private slots:
     void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt() {
         QFETCH(int, k);
         Planner bench(10 + k);
-        sim::Faults drop;
-        drop.dropAfterWrites = k;
-        bench.c(2)->setFaults(drop);
-        bench.applyFourByFour();
+        bench.c(2)->setFaults({.dropAfterWrites = k});
+        bench.fourByFour();
         const QString summary = bench.boxes.texts().last();
         QVERIFY2(summary.contains(QStringLiteral(": %1 of 16 outputs placed.").arg(12 + k / 2)),
                  qPrintable(summary));

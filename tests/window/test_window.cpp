@@ -49,12 +49,10 @@ QStringList enabled(Form1& form) {
     return names;
 }
 
-// clang-format off
-const QStringList RefreshReads = {
-    "RPOW", "RMDN", "RBY", "RBEZ", "RVER", "RIPM", "RLINK", "RCBH 1", "RCBH 2", "RCBH 3", "RCBH 4",
-    "RCBV 1", "RCBV 2", "RCBV 3", "RCBV 4", "RRES", "ROSDD", "ROSDT", "ROSDH", "ROSDV", "ROSDG",
-    "RMUTE"};
-// clang-format on
+const QStringList RefreshReads =
+    QStringList{"RPOW", "RMDN", "RBY", "RBEZ", "RVER", "RIPM", "RLINK"} +
+    numbered({"RCBH", "RCBV"}) +
+    QStringList{"RRES", "ROSDD", "ROSDT", "ROSDH", "ROSDV", "ROSDG", "RMUTE"};
 
 } // namespace
 

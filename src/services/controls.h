@@ -107,6 +107,9 @@ struct Controls {
 
     // Page 5: output position trims
     std::array<QScrollBar*, 16> HS_A{};
+    // The captions of the bars' rows; bar i is in row i / 4.
+    static constexpr const char* TrimCaptions[4] = {"H Start Value", "H End Value",
+                                                    "V Start Value", "V End Value"};
     std::array<QLabel*, 16> value_posi{};
     std::array<QPushButton*, 2> btn_posi{};
 };

@@ -114,6 +114,13 @@ void onKeyDown(QComboBox* box, std::function<void(int)> handler) {
     box->installEventFilter(new KeyDownFilter(box, std::move(handler)));
 }
 
+void onEnter(QScrollBar* bar, std::function<void()> handler) {
+    bar->installEventFilter(new KeyDownFilter(bar, [h = std::move(handler)](int key) {
+        if (key == KeyEnter)
+            h();
+    }));
+}
+
 bool setListIndex(QComboBox* box, int index) {
     if (index < -1 || index >= box->count())
         return false;

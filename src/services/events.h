@@ -34,6 +34,9 @@ void onKeyDown(QComboBox* box, std::function<void(int keyCode)> handler);
 // false comes back, so the handler that set it ends there.
 bool setListIndex(QComboBox* box, int index);
 
+// Enter on a focused scroll bar, taken from the bar.
+void onEnter(QScrollBar* bar, std::function<void()> handler);
+
 // Selects an option button from code and raises its Click.
 void setOption(QRadioButton* option);
 

@@ -2,6 +2,9 @@
 
 #include "protocol/command.h"
 #include "protocol/legacytext.h"
+#include "services/events.h"
+
+#include <QInputDialog>
 
 #include <QLabel>
 #include <QProgressBar>
@@ -33,6 +36,9 @@ PositionTrim::PositionTrim(WindowServices& session) : s_(session) {
         bar->setTracking(false);
         QObject::connect(bar, &QScrollBar::sliderMoved, [this, i] { HS_A_Scroll(i); });
         QObject::connect(bar, &QScrollBar::valueChanged, [this, i] { HS_A_Change(i); });
+        events::onEnter(bar, [this, i] { typeTrim(i); });
+        bar->setToolTip(QStringLiteral("Arrows, PageUp/PageDown, Home and End move the trim by "
+                                       "one step; Enter types it"));
     }
     for (int i = 0; i < 2; ++i)
         QObject::connect(s_.ui().btn_posi[i], &QPushButton::clicked,
@@ -61,6 +67,24 @@ void PositionTrim::HS_A_Scroll(int index) {
     if (!s_.guard())
         return;
     showTrim(index, s_.ui().HS_A[index]->sliderPosition());
+}
+
+// A typed trim moves the bar, whose Change sends it as a move by hand would.
+void PositionTrim::typeTrim(int index) {
+    if (!s_.guard())
+        return;
+    QScrollBar* bar = s_.ui().HS_A[index];
+    const protocol::Setting& trim = trimOf(index);
+    bool ok = false;
+    const int typed = QInputDialog::getInt(
+        bar->window(), QStringLiteral("Trim"),
+        QStringLiteral("%1, %2 (%3):")
+            .arg(QLatin1String(Controls::TrimCaptions[index / 4]),
+                 protocol::outputName(index % 4 + 1),
+                 protocol::rangeText(trim)),
+        bar->value() - Zero, int(trim.min), int(trim.max), 1, &ok);
+    if (ok && !s_.cancelled())
+        bar->setValue(typed + Zero);
 }
 
 void PositionTrim::btn_posi_Click(int index) {

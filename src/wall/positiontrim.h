@@ -16,6 +16,7 @@ public:
 
     void HS_A_Change(int index);
     void HS_A_Scroll(int index);
+    void typeTrim(int index);
     void btn_posi_Click(int index);
 
 private:

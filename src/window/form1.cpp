@@ -258,11 +258,41 @@ void Form1::buildMenus() {
     wall->addAction(QStringLiteral("Wall &planner..."), this, [this] { planner().present(); });
 }
 
-// Keys beside the documented ones: F5 presses "Refresh", Ctrl+1 to Ctrl+6 the page
-// selectors, each only where the button itself could be pressed.
+// Keys beside the documented ones: F5 presses "Refresh", Alt and a letter the
+// connection's buttons (their captions stay as they are, so the key is in the tooltip),
+// Ctrl+1 to Ctrl+6 the page selectors; each only where the button itself could be pressed.
 void Form1::buildShortcuts() {
-    connect(new QShortcut(QKeySequence(Qt::Key_F5), this), &QShortcut::activated,
-            ui.btn_sys_refresh, &QAbstractButton::click);
+    const struct {
+        QPushButton* button;
+        QKeySequence key;
+        const char* tip;
+    } keys[] = {
+        {ui.btn_sys_refresh, Qt::Key_F5, "Read every page of the selected controller again"},
+        {ui.btn_sys_search, Qt::ALT | Qt::Key_S, "Search the network for controllers"},
+        {ui.btn_con, Qt::ALT | Qt::Key_C, "Connect to every listed controller"},
+        {ui.btn_discon, Qt::ALT | Qt::Key_D, "Close the connections and go offline"},
+    };
+    for (const auto& k : keys) {
+        connect(new QShortcut(k.key, this), &QShortcut::activated, k.button,
+                &QAbstractButton::click);
+        k.button->setToolTip(QStringLiteral("%1 (%2)").arg(
+            QLatin1String(k.tip), k.key.toString(QKeySequence::NativeText)));
+    }
+    const struct {
+        QPushButton* button;
+        const char* tip;
+    } tips[] = {
+        {ui.btn_sys_fac_rst, "Put the controller back to its factory settings; it restarts"},
+        {ui.btn_ip_get, "Read the controller's network settings"},
+        {ui.btn_ip_set, "Write these network settings; the controller restarts its network"},
+        {ui.btn_ip_relink, "Restart the controller's network with its stored settings"},
+        {ui.btn_panomat_send, "Send the wall size, then the output's tile"},
+        {ui.btn_H_Bezel_send, "Send both columns of bezel values"},
+        {ui.btn_panomat_refresh, "Read the bezel values"},
+        {ui.btn_panomat_reset, "Put the bezel values back to their factory values"},
+    };
+    for (const auto& t : tips)
+        t.button->setToolTip(QLatin1String(t.tip));
     const auto pages = ui.pageSelectors();
     for (int page = 0; page < PageCount; ++page)
         connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + page)), this),

@@ -407,11 +407,10 @@ void buildFavouritesPage(QGroupBox* page, Controls& ui) {
 
 void buildPositionPage(QGroupBox* page, Controls& ui) {
     auto* grid = new QGridLayout(page);
-    static const char* groups[] = {"H Start Value", "H End Value", "V Start Value", "V End Value"};
     for (int n = 0; n < protocol::OutputCount; ++n)
         grid->addWidget(label(protocol::outputName(n + 1)), 0, 1 + 2 * n, 1, 2, Qt::AlignCenter);
     for (int g = 0; g < 4; ++g) {
-        grid->addWidget(label(QLatin1String(groups[g])), g + 1, 0);
+        grid->addWidget(label(QLatin1String(Controls::TrimCaptions[g])), g + 1, 0);
         for (int n = 0; n < 4; ++n) {
             const int i = g * 4 + n;
             ui.HS_A[i] = named(new QScrollBar(Qt::Horizontal), indexed("HS_A", i));

@@ -214,7 +214,8 @@ private slots:
 
     void barSends_data() {
         QTest::addColumn<int>("index");
-        // 0 set by code, 1 click on the right arrow, 2 drag, 3 key Right, 4 key Home
+        // 0 set by code, 1 click on the right arrow, 2 drag, 3 key Right, 4 key Home, 5 typed
+        // after Enter
         QTest::addColumn<int>("action");
         QTest::addColumn<int>("position");
         QTest::addColumn<QString>("label");
@@ -233,6 +234,7 @@ private slots:
         row("key Right", 9, 3, 300, "+45", "SPCVS  2 45");
         row("key Home", 15, 4, 0, "-255", "SMCVE  4 255");
         row("drag", 4, 2, 400, "+145", "SPCHE  1 145");
+        row("typed", 6, 5, 225, "-30", "SMCHE  3 30");
     }
 
     void barSends() {
@@ -249,6 +251,20 @@ private slots:
             bar->setValue(position);
         } else if (action == 1) {
             driver::clickAt(bar, QPoint(bar->width() - 4, bar->height() / 2));
+        } else if (action == 5) {
+            driver::when(
+                &wall.form,
+                [] {
+                    QWidget* dialog = QApplication::activeModalWidget();
+                    return dialog && dialog->isAncestorOf(QApplication::focusWidget());
+                },
+                [position] {
+                    QWidget* field = QApplication::focusWidget();
+                    QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+                    QTest::keyClicks(field, QString::number(position - 255));
+                    QTest::keyClick(field, Qt::Key_Return);
+                });
+            driver::key(bar, Qt::Key_Return);
         } else if (action >= 3) {
             const QImage unfocused = bar->grab().toImage();
             driver::key(bar, action == 3 ? Qt::Key_Right : Qt::Key_Home);

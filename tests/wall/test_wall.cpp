@@ -3,11 +3,9 @@
 namespace {
 
 // Connected controllers, the first selected, on page `page`.
-struct Wall : Bench {
+struct Wall : Connected {
     Wall(const char* first, int devices, QRadioButton* Controls::*page = &Controls::opt_tv2)
-        : Bench(first, devices) {
-        form.show();
-        connect();
+        : Connected(first, devices) {
         driver::click(ui.*page);
     }
     void setQuietly(int bar, int position) {

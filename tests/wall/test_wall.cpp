@@ -35,7 +35,6 @@ Q_DECLARE_METATYPE(Trim)
 class TestWall : public QObject {
     Q_OBJECT
 private slots:
-
     void sendWaitsForEachAcknowledgement_data() {
         QTest::addColumn<bool>("allIp");
         QTest::newRow("selected only") << false;

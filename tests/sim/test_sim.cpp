@@ -46,17 +46,15 @@ struct Client {
 struct SimProcess {
     QProcess p;
     QByteArray said; // its standard error
-
     explicit SimProcess(const QStringList& arguments, const std::function<void()>& inChild = {}) {
         if (inChild)
             p.setChildProcessModifier(inChild);
         p.start(QStringLiteral(PANOMAT_SIM_EXE), arguments);
     }
-    bool ready() { // it has told how to stop it
-        return QTest::qWaitFor([&] { return stderrHas("Ctrl+C"); }, 10000);
-    }
-    bool stderrHas(const QByteArray& text) {
-        return (said += p.readAllStandardError()).contains(text);
+    // Whether it says this on standard error within 10 s; by default: it is ready.
+    bool says(const QByteArray& text = "Ctrl+C") {
+        return QTest::qWaitFor([&] { return (said += p.readAllStandardError()).contains(text); },
+                               10000);
     }
     QByteArray stop() {
         p.kill();
@@ -246,13 +244,13 @@ private slots:
         QFETCH(QByteArray, message);
         SimProcess sim(arguments);
         QVERIFY(sim.p.waitForFinished(10000));
-        QVERIFY2(sim.p.exitCode() != 0 && sim.stderrHas(message), sim.said.constData());
+        QVERIFY2(sim.p.exitCode() != 0 && sim.says(message), sim.said.constData());
     }
 
     void commandLine() {
         SimProcess sim(
             {"--devices", "2", "--first", "127.20.6.2", "--silent", "2:RVER", "--latency", "1:1"});
-        QVERIFY(sim.ready());
+        QVERIFY(sim.says());
         Client one(addr("127.20.6.2")), two(addr("127.20.6.3"));
         two.send("RVER\r\nRPOW");
         one.send("RVER");
@@ -302,7 +300,7 @@ private slots:
             if (!limitData(64 << 20))
                 _exit(125);
         });
-        QVERIFY(sim.ready());
+        QVERIFY(sim.says());
         QTcpSocket flooder;
         flooder.setReadBufferSize(reads ? 0 : 1); // 1: takes hardly anything
         if (reads)
@@ -335,7 +333,7 @@ private slots:
             if (setrlimit(RLIMIT_NOFILE, &few) != 0)
                 _exit(125);
         });
-        QVERIFY(sim.ready());
+        QVERIFY(sim.says());
         std::vector<std::unique_ptr<Client>> clients;
         for (int i = 0; i < 70; ++i) {
             clients.push_back(std::make_unique<Client>(addr("127.20.8.2")));

@@ -79,8 +79,7 @@ private slots:
         row("brightness.a", "101", "!brightness.a takes 0..100 %, not 101", "");
         row("wall.rows", "3",
             "!wall.rows is written with the wall placement: rows, columns and the tile of one "
-            "output "
-            "together",
+            "output together",
             "");
     }
 

@@ -42,6 +42,28 @@ struct Client {
     }
 };
 
+// panomat-sim with these arguments, inChild run in the child first; killed when this goes.
+struct SimProcess {
+    QProcess p;
+    QByteArray said; // its standard error
+    explicit SimProcess(const QStringList& arguments, const std::function<void()>& inChild = {}) {
+        if (inChild)
+            p.setChildProcessModifier(inChild);
+        p.start(QStringLiteral(PANOMAT_SIM_EXE), arguments);
+    }
+    // Whether it says this on standard error within 10 s; by default: it is ready.
+    bool says(const QByteArray& text = "Ctrl+C") {
+        return QTest::qWaitFor([&] { return (said += p.readAllStandardError()).contains(text); },
+                               10000);
+    }
+    QByteArray stop() {
+        p.kill();
+        p.waitForFinished();
+        return said += p.readAllStandardError();
+    }
+    ~SimProcess() { stop(); }
+};
+
 QByteArray wallText(const ControllerState& s) {
     QByteArray text =
         QByteArray::number(s.value("wall.rows")) + 'x' + QByteArray::number(s.value("wall.cols"));
@@ -220,19 +242,15 @@ private slots:
     void addressesRefused() {
         QFETCH(QStringList, arguments);
         QFETCH(QByteArray, message);
-        QProcess p;
-        p.start(QStringLiteral(PANOMAT_SIM_EXE), arguments);
-        QVERIFY(p.waitForFinished(10000));
-        const QByteArray said = p.readAllStandardError();
-        QVERIFY2(p.exitCode() != 0 && said.contains(message), said.constData());
+        SimProcess sim(arguments);
+        QVERIFY(sim.p.waitForFinished(10000));
+        QVERIFY2(sim.p.exitCode() != 0 && sim.says(message), sim.said.constData());
     }
 
     void commandLine() {
-        QProcess p;
-        p.start(QStringLiteral(PANOMAT_SIM_EXE), {"--devices", "2", "--first", "127.20.6.2",
-                                                  "--silent", "2:RVER", "--latency", "1:1"});
-        QVERIFY(
-            QTest::qWaitFor([&] { return p.readAllStandardError().contains("Ctrl+C"); }, 10000));
+        SimProcess sim(
+            {"--devices", "2", "--first", "127.20.6.2", "--silent", "2:RVER", "--latency", "1:1"});
+        QVERIFY(sim.says());
         Client one(addr("127.20.6.2")), two(addr("127.20.6.3"));
         two.send("RVER\r\nRPOW");
         one.send("RVER");
@@ -250,12 +268,10 @@ private slots:
             one.send(line);
         QByteArray log;
         QVERIFY(QTest::qWaitFor(
-            [&] { return (log += p.readAllStandardOutput()).contains("SPOW 2"); }, 3000));
+            [&] { return (log += sim.p.readAllStandardOutput()).contains("SPOW 2"); }, 3000));
         QVERIFY2(log.contains("#1 127.20.6.2  RVER  ->  VERS102"), log.constData());
         for (const auto& [line, note] : refused)
             QVERIFY2(log.contains("#1 127.20.6.2  " + line + "  " + note), log.constData());
-        p.kill();
-        p.waitForFinished();
     }
 
     // A client floods controller 1 of the program, which runs with a data limit a
@@ -280,16 +296,11 @@ private slots:
         QFETCH(QByteArray, flood);
         QFETCH(bool, reads);
         QFETCH(QByteArray, then);
-        QProcess p;
-        p.setChildProcessModifier([] {
+        SimProcess sim({"-q", "--devices", "2", "--first", "127.20.7.2", "--latency", "1:200"}, [] {
             if (!limitData(64 << 20))
                 _exit(125);
         });
-        p.start(QStringLiteral(PANOMAT_SIM_EXE),
-                {"-q", "--devices", "2", "--first", "127.20.7.2", "--latency", "1:200"});
-        QByteArray said;
-        QVERIFY(QTest::qWaitFor(
-            [&] { return (said += p.readAllStandardError()).contains("Ctrl+C"); }, 10000));
+        QVERIFY(sim.says());
         QTcpSocket flooder;
         flooder.setReadBufferSize(reads ? 0 : 1); // 1: takes hardly anything
         if (reads)
@@ -305,11 +316,8 @@ private slots:
         Client other(addr("127.20.7.3"));
         other.send("RVER");
         QVERIFY(other.waitFor("VERS103\r\n")); // controller 2 has firmware 1.03
-        QCOMPARE(p.state(), QProcess::Running);
-        p.kill();
-        p.waitForFinished();
-        said += p.readAllStandardError();
-        QVERIFY2(!said.contains("QIODevice"), said.left(300).constData());
+        QCOMPARE(sim.p.state(), QProcess::Running);
+        QVERIFY2(!sim.stop().contains("QIODevice"), sim.said.left(300).constData());
     }
 
     // More clients than the program has descriptors: it pauses accepting instead of
@@ -320,15 +328,12 @@ private slots:
         // left they take every object for an invalid one and stop the program.
         QSKIP("the sanitizers need a free descriptor of their own");
 #endif
-        QProcess p;
-        p.setChildProcessModifier([] {
+        SimProcess sim({"--devices", "1", "--first", "127.20.8.2"}, [] {
             const rlimit few{64, 64};
             if (setrlimit(RLIMIT_NOFILE, &few) != 0)
                 _exit(125);
         });
-        p.start(QStringLiteral(PANOMAT_SIM_EXE), {"--devices", "1", "--first", "127.20.8.2"});
-        QVERIFY(
-            QTest::qWaitFor([&] { return p.readAllStandardError().contains("Ctrl+C"); }, 10000));
+        QVERIFY(sim.says());
         std::vector<std::unique_ptr<Client>> clients;
         for (int i = 0; i < 70; ++i) {
             clients.push_back(std::make_unique<Client>(addr("127.20.8.2")));
@@ -344,7 +349,7 @@ private slots:
         QTest::qWait(500);
         QVERIFY2(served() < 70, "the descriptors did not run out");
         const auto cpu = [&] { // user + system time of the program, in clock ticks
-            QFile stat(QStringLiteral("/proc/%1/stat").arg(p.processId()));
+            QFile stat(QStringLiteral("/proc/%1/stat").arg(sim.p.processId()));
             const QList<QByteArray> fields = stat.open(QIODevice::ReadOnly)
                                                  ? stat.readAll().split(')').value(1).split(' ')
                                                  : QList<QByteArray>{};
@@ -355,7 +360,7 @@ private slots:
         // Spinning takes the whole second; waiting takes next to nothing.
         QVERIFY2(cpu() - before < sysconf(_SC_CLK_TCK) / 4,
                  qPrintable(QStringLiteral("%1 ticks in 1 s").arg(cpu() - before)));
-        const QByteArray log = p.readAllStandardOutput();
+        const QByteArray log = sim.p.readAllStandardOutput();
         QVERIFY2(log.contains("no file descriptor left for another connection"),
                  log.right(300).constData());
         std::erase_if(clients, [](const auto& c) { return !c->chunks.isEmpty(); });
@@ -365,9 +370,7 @@ private slots:
                                    [](const auto& c) { return c->chunks.join() == "VERS102\r\n"; });
             },
             10000));
-        QCOMPARE(p.state(), QProcess::Running);
-        p.kill();
-        p.waitForFinished();
+        QCOMPARE(sim.p.state(), QProcess::Running);
     }
 };
 

@@ -61,3 +61,13 @@ private:
     QList<QHash<QByteArray, QByteArray>> answers_;
     QList<int> arrivals_; // chunks the window has received from each controller
 };
+
+// The window shown and connected to `devices` controllers from `first`, the first selected; c(n)
+// is controller n counted from 1, as the window's list shows them.
+struct Connected : Bench {
+    explicit Connected(const QString& first, int devices = 4) : Bench(first, devices) {
+        form.show();
+        connect();
+    }
+    sim::VirtualController* c(int number) { return &device(number - 1); }
+};

@@ -20,12 +20,8 @@ RestorePreview* openPreview() {
 }
 
 // Four controllers connected, and a file to keep their settings in.
-struct Backup : Bench {
-    explicit Backup(int subnet) : Bench(QStringLiteral("127.68.%1.1").arg(subnet), 4) {
-        form.show();
-        connect();
-    }
-    sim::VirtualController* c(int number) { return &device(number - 1); }
+struct Backup : Connected {
+    explicit Backup(int subnet) : Connected(QStringLiteral("127.68.%1.1").arg(subnet)) {}
     bool save(bool all = true) { return form.backup().save(path, all); }
     // Restores the file; the preview is looked at, then accepted with its OK button.
     bool restore(std::function<void(RestorePreview*)> look = {}) {

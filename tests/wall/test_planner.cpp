@@ -9,59 +9,48 @@
 // Each test function runs four virtual controllers on its own addresses in 127.68.0.0/16.
 namespace {
 
-// Four connected controllers, their connect traffic forgotten, and the planner opened
-// from the window's "Wall" menu with the keyboard.
-struct Planner : Bench {
-    explicit Planner(int subnet) : Bench(QStringLiteral("127.68.%1.1").arg(subnet), 4) {
-        form.show();
-        connect();
-    }
+// The planner opened from the window's "Wall" menu with the keyboard.
+WallPlanner* openPlanner(Form1& form) {
+    form.activateWindow();
+    if (!QTest::qWaitForWindowActive(&form))
+        qFatal("the window did not become active");
+    QTest::keyClick(&form, Qt::Key_W, Qt::AltModifier);
+    if (!QTest::qWaitFor([] { return QApplication::activePopupWidget() != nullptr; }))
+        qFatal("the Wall menu did not open");
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_P);
+    auto* planner = form.findChild<WallPlanner*>();
+    if (!QTest::qWaitFor([planner] { return planner->isVisible(); }))
+        qFatal("the planner did not open");
+    return planner;
+}
 
-    WallPlanner* openPlanner() {
-        form.activateWindow();
-        if (!QTest::qWaitForWindowActive(&form))
-            qFatal("the window did not become active");
-        QTest::keyClick(&form, Qt::Key_W, Qt::AltModifier);
-        if (!QTest::qWaitFor([] { return QApplication::activePopupWidget() != nullptr; }))
-            qFatal("the Wall menu did not open");
-        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_P);
-        auto* planner = form.findChild<WallPlanner*>();
-        if (!QTest::qWaitFor([planner] { return planner->isVisible(); }))
-            qFatal("the planner did not open");
-        return planner;
+// Types rows and columns over the spin boxes' text, as a person does; none: left as is.
+void shape(WallPlanner* planner, int rows, int cols = 0) {
+    for (auto [name, value] : {std::pair{"planner_rows", rows}, {"planner_cols", cols}}) {
+        auto* box = planner->findChild<QSpinBox*>(QLatin1String(name));
+        if (!value)
+            continue;
+        box->activateWindow();
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClicks(box, QString::number(value));
+        QTest::keyClick(box, Qt::Key_Tab);
     }
+}
 
-    // Types rows and columns over the spin boxes' text, as a person does; none: left as is.
-    static void shape(WallPlanner* planner, int rows, int cols = 0) {
-        for (auto [name, value] : {std::pair{"planner_rows", rows}, {"planner_cols", cols}}) {
-            auto* box = planner->findChild<QSpinBox*>(QLatin1String(name));
-            if (!value)
-                continue;
-            box->activateWindow();
-            box->setFocus();
-            QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
-            QTest::keyClicks(box, QString::number(value));
-            QTest::keyClick(box, Qt::Key_Tab);
-        }
-    }
+void press(WallPlanner* planner, const char* name) {
+    QTest::mouseClick(planner->findChild<QPushButton*>(QLatin1String(name)), Qt::LeftButton);
+}
 
-    static void press(WallPlanner* planner, const char* name) {
-        QPushButton* button = planner->findChild<QPushButton*>(QLatin1String(name));
-        QTest::mouseClick(button, Qt::LeftButton);
-    }
-
-    sim::VirtualController* c(int number) { return &device(number - 1); }
-
-    // A 4 x 4 wall, auto-filled; applied if asked.
-    WallPlanner* fourByFour(bool apply = true) {
-        WallPlanner* planner = openPlanner();
-        shape(planner, 4, 4);
-        press(planner, "planner_autofill");
-        if (apply)
-            press(planner, "planner_apply");
-        return planner;
-    }
-};
+// A 4 x 4 wall, auto-filled; applied if asked.
+WallPlanner* fourByFour(Form1& form, bool apply = true) {
+    WallPlanner* planner = openPlanner(form);
+    shape(planner, 4, 4);
+    press(planner, "planner_autofill");
+    if (apply)
+        press(planner, "planner_apply");
+    return planner;
+}
 
 } // namespace
 
@@ -69,8 +58,8 @@ class TestPlanner : public QObject {
     Q_OBJECT
 private slots:
     void autoFillAppliesEveryControllersTiles() {
-        Planner bench(1);
-        WallPlanner* planner = bench.fourByFour(false);
+        Connected bench("127.68.1.1");
+        WallPlanner* planner = fourByFour(bench.form, false);
         QCOMPARE(planner->plan().rows, 4);
         QCOMPARE(planner->plan().cols, 4);
         QCOMPARE(planner->plan().assignments.size(), 16);
@@ -90,7 +79,7 @@ private slots:
                 lockedDuring = !bench.form.ui.frame_control[0]->isEnabled() &&
                                !bench.form.ui.sys_setting->isEnabled();
             });
-        Planner::press(planner, "planner_apply");
+        press(planner, "planner_apply");
         QCOMPARE(shownDuring, shown);
         QVERIFY(lockedDuring);
         QVERIFY(bench.form.ui.sys_setting->isEnabled());
@@ -131,9 +120,9 @@ private slots:
     }
 
     void dragAndListsPlaceOutputsAndMarkTiles() {
-        Planner bench(2);
-        WallPlanner* planner = bench.openPlanner();
-        Planner::shape(planner, 3, 4);
+        Connected bench("127.68.2.1");
+        WallPlanner* planner = openPlanner(bench.form);
+        shape(planner, 3, 4);
         WallBoard* board = planner->board();
         QCOMPARE(planner->chips().size(), 16);
         QCOMPARE(planner->chips()[5].label(), bench.form.ui.cbo_ipaddr->itemText(1) + " / Out B");
@@ -186,15 +175,15 @@ private slots:
     // A plan comes back from its file as it was saved; a file that is no plan for this window
     // is refused with its fault named, and the plan stays.
     void plansSurviveSaveAndOpenBadOnesAndStatesAreRefused() {
-        Planner bench(4);
+        Connected bench("127.68.4.1");
         QTemporaryDir dir;
-        WallPlanner* planner = bench.openPlanner();
-        Planner::shape(planner, 2, 5);
-        Planner::press(planner, "planner_autofill");
+        WallPlanner* planner = openPlanner(bench.form);
+        shape(planner, 2, 5);
+        press(planner, "planner_autofill");
         planner->place(0, 10); // controller 1's Out A onto the last tile instead
         const wallplan::Plan saved = planner->plan();
         QVERIFY(planner->save(dir.filePath("wall.json")));
-        Planner::shape(planner, 1);
+        shape(planner, 1);
         QVERIFY(planner->plan() != saved);
         QVERIFY(planner->open(dir.filePath("wall.json")));
         QCOMPARE(planner->plan(), saved);
@@ -230,7 +219,7 @@ private slots:
         driver::when(
             &bench.form, [&] { return bench.form.services().pump().waiting(); },
             [&] {
-                Planner::press(planner, "planner_apply");
+                press(planner, "planner_apply");
                 shownWhileWaiting = bench.boxes.texts();
                 bench.form.StopWaiting();
             });
@@ -248,7 +237,7 @@ private slots:
         bench.boxes.clear();
         driver::click(bench.form.ui.btn_discon);
         bench.boxes.clear();
-        Planner::press(planner, "planner_apply");
+        press(planner, "planner_apply");
         QCOMPARE(bench.boxes.texts(),
                  QStringList{"Connect to the controllers before applying the plan."});
         for (int n = 1; n <= 4; ++n)
@@ -256,10 +245,10 @@ private slots:
     }
 
     void silentAndDroppingControllersAreNamedOthersAreDone() {
-        Planner bench(5);
+        Connected bench("127.68.5.1");
         bench.c(3)->setFaults({.silent = {"SCO"}});
         bench.c(4)->setFaults({.dropAfter = 3});
-        WallPlanner* planner = bench.fourByFour();
+        WallPlanner* planner = fourByFour(bench.form);
 
         const QString summary = bench.boxes.texts().last();
         QVERIFY2(summary.startsWith(QStringLiteral(
@@ -286,7 +275,7 @@ private slots:
         QTRY_VERIFY(!bench.form.services().link().isConnected(1));
         bench.forget();
         bench.boxes.clear();
-        Planner::press(planner, "planner_apply");
+        press(planner, "planner_apply");
         QCOMPARE(bench.boxes.texts(),
                  QStringList{QStringLiteral("These controllers of the plan are not connected:\n"
                                             "127.68.5.2 (%1)\n127.68.5.4 (%2)\nNothing was sent.")
@@ -305,9 +294,9 @@ private slots:
     // are those it holds, and no other.
     void aDropAfterTheKthWriteIsReportedAsTheControllerHasIt() {
         QFETCH(int, k);
-        Planner bench(10 + k);
+        Connected bench(QStringLiteral("127.68.%1.1").arg(10 + k));
         bench.c(2)->setFaults({.dropAfterWrites = k});
-        bench.fourByFour();
+        fourByFour(bench.form);
         const QString summary = bench.boxes.texts().last();
         QVERIFY2(summary.contains(QStringLiteral(": %1 of 16 outputs placed.").arg(12 + k / 2)),
                  qPrintable(summary));

@@ -3,11 +3,9 @@
 namespace {
 
 // Connected controllers, the first selected, on page `page`.
-struct Wall : Bench {
+struct Wall : Connected {
     Wall(const char* first, int devices, QRadioButton* Controls::*page = &Controls::opt_tv2)
-        : Bench(first, devices) {
-        form.show();
-        connect();
+        : Connected(first, devices) {
         driver::click(ui.*page);
     }
     void setQuietly(int bar, int position) {
@@ -21,14 +19,23 @@ struct Wall : Bench {
     }
 };
 
+// A trim bar moved: its index; 0 set by code, 1 click on the right arrow, 2 drag, 3 key Right,
+// 4 key Home, 5 typed after Enter; where to; the label then shown and the line sent (two blanks
+// after the keyword).
+struct Trim {
+    const char* tag;
+    int index, action, position;
+    const char *label, *line;
+};
+
 } // namespace
+Q_DECLARE_METATYPE(Trim)
 
 // The wall pages: geometry, favourites, hot keys, bypass, bezel correction and the position trims.
 // Each test uses its own addresses in 127.30.0.0/16.
 class TestWall : public QObject {
     Q_OBJECT
 private slots:
-
     void sendWaitsForEachAcknowledgement_data() {
         QTest::addColumn<bool>("allIp");
         QTest::newRow("selected only") << false;
@@ -213,36 +220,23 @@ private slots:
     }
 
     void barSends_data() {
-        QTest::addColumn<int>("index");
-        // 0 set by code, 1 click on the right arrow, 2 drag, 3 key Right, 4 key Home, 5 typed
-        // after Enter
-        QTest::addColumn<int>("action");
-        QTest::addColumn<int>("position");
-        QTest::addColumn<QString>("label");
-        QTest::addColumn<QString>("line"); // two blanks after the keyword
-        const auto row = [](const char* tag, int index, int action, int position, const char* label,
-                            const char* line) {
-            QTest::newRow(tag) << index << action << position << QString(label) << QString(line);
-        };
-        row("H end B", 5, 0, 300, "+45", "SPCHE  2 45");
-        row("V end A", 12, 0, 0, "-255", "SMCVE  1 255");
-        row("H start B", 1, 0, 200, "-55", "SMCHS  2 55");
-        row("V start C", 10, 0, 510, "+255", "SPCVS  3 255");
-        row("zero trim", 3, 0, 255, "+0", "SPCHS  4 0");
-        row("V start D", 11, 0, 254, "-1", "SMCVS  4 1");
-        row("arrow, by one", 4, 1, 256, "+1", "SPCHE  1 1");
-        row("key Right", 9, 3, 300, "+45", "SPCVS  2 45");
-        row("key Home", 15, 4, 0, "-255", "SMCVE  4 255");
-        row("drag", 4, 2, 400, "+145", "SPCHE  1 145");
-        row("typed", 6, 5, 225, "-30", "SMCHE  3 30");
+        QTest::addColumn<Trim>("trim");
+        for (const Trim& t : {Trim{"H end B", 5, 0, 300, "+45", "SPCHE  2 45"},
+                              {"V end A", 12, 0, 0, "-255", "SMCVE  1 255"},
+                              {"H start B", 1, 0, 200, "-55", "SMCHS  2 55"},
+                              {"V start C", 10, 0, 510, "+255", "SPCVS  3 255"},
+                              {"zero trim", 3, 0, 255, "+0", "SPCHS  4 0"},
+                              {"V start D", 11, 0, 254, "-1", "SMCVS  4 1"},
+                              {"arrow, by one", 4, 1, 256, "+1", "SPCHE  1 1"},
+                              {"key Right", 9, 3, 300, "+45", "SPCVS  2 45"},
+                              {"key Home", 15, 4, 0, "-255", "SMCVE  4 255"},
+                              {"drag", 4, 2, 400, "+145", "SPCHE  1 145"},
+                              {"typed", 6, 5, 225, "-30", "SMCHE  3 30"}})
+            QTest::newRow(t.tag) << t;
     }
-
     void barSends() {
-        QFETCH(int, index);
-        QFETCH(int, action);
-        QFETCH(int, position);
-        QFETCH(QString, label);
-        QFETCH(QString, line);
+        QFETCH(Trim, trim);
+        const auto [tag, index, action, position, label, line] = trim;
         Wall wall("127.31.1.1", 1, &Controls::opt_tv4);
         QScrollBar* bar = wall.ui.HS_A[index];
         const bool fromBelow = action == 1 || action == 3;
@@ -274,11 +268,11 @@ private slots:
         } else { // a drag shows where the thumb is and sends only where it is let go
             bar->setSliderDown(true);
             bar->setSliderPosition(position);
-            QCOMPARE(wall.ui.value_posi[index]->text(), label);
+            QCOMPARE(wall.ui.value_posi[index]->text(), QString(label));
             QCOMPARE(wall.lines(), QStringList());
             bar->setSliderDown(false);
         }
-        QCOMPARE(wall.ui.value_posi[index]->text(), label);
+        QCOMPARE(wall.ui.value_posi[index]->text(), QString(label));
         QCOMPARE(wall.lines(), QStringList{line});
     }
 

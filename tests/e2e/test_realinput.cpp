@@ -1,4 +1,5 @@
 #include "monitor/trafficmonitor.h"
+#include "wall/wallplanner.h"
 #include "support/bench.h"
 
 #include <QFileDialog>
@@ -50,6 +51,16 @@ void typeInto(QComboBox* box, const QString& text, const QString& endKey) {
     xdo({"type", "--delay", "15", text});
     if (!endKey.isEmpty())
         xdo({"key", endKey});
+}
+
+// The captions of a window's visible buttons that are not wholly on the screen.
+QStringList offScreenButtons(QWidget* window, const QRect& screen) {
+    QStringList off;
+    for (QAbstractButton* button : window->findChildren<QAbstractButton*>())
+        if (button->isVisibleTo(window) &&
+            !screen.contains(QRect(button->mapToGlobal(QPoint(0, 0)), button->size())))
+            off << button->text();
+    return off;
 }
 
 QRect sliderRect(QScrollBar* bar) {
@@ -215,6 +226,30 @@ private slots:
                                                          .arg(dialog.x())
                                                          .arg(dialog.y())));
         QCOMPARE(offScreen, QStringList());
+
+        // The docked monitor takes its room beside or below the pages, not from them, and
+        // shows its own controls whole.
+        QVERIFY2(area->viewport()->width() >= 300,
+                 qPrintable(QStringLiteral("pages %1 px wide").arg(area->viewport()->width())));
+        QVERIFY(screen.contains(form.frameGeometry()));
+        QCOMPARE(offScreenButtons(&form.monitor(), screen), QStringList());
+
+        // A long wait text gives way to "Stop waiting", which stays whole.
+        emit form.services().notice().hint(QString(300, u'x'));
+        auto* stop = find<QPushButton>(form, QStringLiteral("btn_stop_waiting"));
+        QVERIFY(form.rect().contains(QRect(stop->mapTo(&form, QPoint(0, 0)), stop->size())));
+        QVERIFY(stop->width() >= stop->sizeHint().width());
+
+        // The planner opens within the screen, its buttons and wall on it.
+        form.planner().present();
+        QVERIFY(QTest::qWaitForWindowExposed(&form.planner()));
+        QVERIFY2(screen.contains(form.planner().frameGeometry()),
+                 qPrintable(QStringLiteral("planner %1x%2")
+                                .arg(form.planner().frameGeometry().width())
+                                .arg(form.planner().frameGeometry().height())));
+        QCOMPARE(offScreenButtons(&form.planner(), screen), QStringList());
+        QVERIFY(form.planner().board()->height() >=
+                form.planner().board()->minimumSizeHint().height());
     }
 };
 

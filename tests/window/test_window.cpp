@@ -447,7 +447,16 @@ private slots:
         };
         press(Qt::Key_F5); // offline: Refresh cannot be pressed
         QVERIFY(bench.device().received().isEmpty() && bench.boxes.texts().isEmpty());
+        press(Qt::ALT | Qt::Key_C); // Connect, found by no search yet: not pressed
+        QVERIFY(bench.device().received().isEmpty() && bench.boxes.texts().isEmpty());
         bench.connect();
+        press(Qt::ALT | Qt::Key_D);
+        QVERIFY(!form.services().isConnected());
+        press(Qt::ALT | Qt::Key_C);
+        QTRY_COMPARE(bench.boxes.texts(), QStringList{"Refresh completed !"});
+        QVERIFY(form.services().isConnected());
+        bench.boxes.clear();
+        bench.forget();
         press(Qt::CTRL | Qt::Key_3);
         QVERIFY(bench.ui.frame_control[2]->isVisible() && !bench.ui.frame_control[0]->isVisible());
         press(Qt::Key_F5);

@@ -1,6 +1,6 @@
 #include "monitor/trafficmonitor.h"
-#include "wall/wallplanner.h"
 #include "support/bench.h"
+#include "wall/wallplanner.h"
 
 #include <QFileDialog>
 #include <QProcess>

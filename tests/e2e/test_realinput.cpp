@@ -3,11 +3,13 @@
 #include "wall/wallplanner.h"
 
 #include <QFileDialog>
+#include <QHash>
 #include <QProcess>
 #include <QScreen>
 #include <QScrollArea>
 #include <QStyle>
 #include <QStyleOptionSlider>
+#include <cmath>
 
 using driver::find;
 
@@ -51,6 +53,41 @@ void typeInto(QComboBox* box, const QString& text, const QString& endKey) {
     xdo({"type", "--delay", "15", text});
     if (!endKey.isEmpty())
         xdo({"key", endKey});
+}
+
+// What the X server shows of a control.
+QImage onScreen(QWidget* control) {
+    const QPoint at = control->mapTo(control->window(), QPoint(0, 0));
+    return control->screen()
+        ->grabWindow(control->window()->winId(), at.x(), at.y(), control->width(),
+                     control->height())
+        .toImage();
+}
+
+// The contrast of the text in a picture of a control: its most common colour is the
+// background, the colour furthest from it in luminance the text's (1 to 21).
+double textContrast(const QImage& image) {
+    QHash<QRgb, int> counts;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            ++counts[image.pixel(x, y)];
+    QRgb background = counts.begin().key();
+    for (auto it = counts.begin(); it != counts.end(); ++it)
+        if (it.value() > counts[background])
+            background = it.key();
+    const auto luminance = [](QRgb c) {
+        const auto channel = [](int v) {
+            const double s = v / 255.0;
+            return s <= 0.03928 ? s / 12.92 : std::pow((s + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * channel(qRed(c)) + 0.7152 * channel(qGreen(c)) + 0.0722 * channel(qBlue(c));
+    };
+    double best = 1;
+    for (auto it = counts.begin(); it != counts.end(); ++it) {
+        const double a = luminance(it.key()), b = luminance(background);
+        best = std::max(best, (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05));
+    }
+    return best;
 }
 
 // The captions of a window's visible buttons that are not wholly on the screen.
@@ -171,6 +208,59 @@ private slots:
         QCOMPARE(form.ui.cbo_osd[0]->currentText(),
                  QStringLiteral("13")); // as typed, kept
         QCOMPARE(bench.lines(1), QStringList());
+    }
+
+    // As the screen shows them: disabled captions can be read, and every control that
+    // takes the focus looks different with it.
+    void disabledTextAndFocusVisible() {
+        Bench bench("127.23.1.1", 1);
+        Form1& form = bench.form;
+        form.move(0, 0);
+        form.show();
+        form.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&form));
+        for (QWidget* control : QList<QWidget*>{form.ui.btn_con, form.ui.btn_ip_get,
+                                                form.ui.btn_sys_refresh, form.ui.opt_mute[0]}) {
+            QVERIFY(!control->isEnabled());
+            const double ratio = textContrast(onScreen(control));
+            QVERIFY2(
+                ratio >= 3.0,
+                qPrintable(
+                    QStringLiteral("%1: %2:1").arg(control->objectName()).arg(ratio, 0, 'f', 2)));
+        }
+        bench.connect();
+        auto* area = form.findChild<QScrollArea*>();
+        // A real Tab puts the window in keyboard use, where styles draw the focus.
+        form.ui.TextInfo->setFocus();
+        xdo({"key", "Tab"});
+        QStringList unmarked;
+        for (int page = 0; page < PageCount; ++page) {
+            form.ShowPage(page);
+            for (QWidget* control : form.findChildren<QWidget*>()) {
+                if (!(control->focusPolicy() & Qt::TabFocus) || !control->isVisible() ||
+                    !control->isEnabled() || control->objectName().isEmpty() ||
+                    control->objectName().startsWith(QLatin1String("qt_")))
+                    continue;
+                area->ensureWidgetVisible(control, 0, 0);
+                QWidget* elsewhere = control == form.ui.TextInfo
+                                         ? static_cast<QWidget*>(form.ui.cbo_ipaddr)
+                                         : form.ui.TextInfo;
+                elsewhere->setFocus();
+                QTRY_VERIFY(!control->hasFocus());
+                QTest::qWait(40);
+                const QImage before = onScreen(control);
+                if (!form.isActiveWindow()) {
+                    form.activateWindow();
+                    QVERIFY(QTest::qWaitForWindowActive(&form));
+                }
+                control->setFocus(Qt::TabFocusReason);
+                QTRY_VERIFY2(control->hasFocus(), qPrintable(control->objectName()));
+                QTest::qWait(40);
+                if (onScreen(control) == before)
+                    unmarked << control->objectName();
+            }
+        }
+        QVERIFY2(unmarked.isEmpty(), qPrintable(unmarked.join(u' ')));
     }
 
     // At any scale the window fits the screen, and every control can be scrolled into view.

@@ -45,8 +45,8 @@ QString longKey(const QString& chunk);   // characters 8-11 (picture, bezel, tri
 QString longValue(const QString& chunk); // characters 12-14
 QString field(const QString& chunk, protocol::Field f);
 
-// The keys of the catalogue's reply to c: the first, the second of a long reply, and
-// the second of a long reply below zero.
+// The keys of the catalogue's reply to c: the first, and the second of a long reply (of
+// a signed one, the key meaning plus).
 inline QLatin1String keyOf(const protocol::Command& c) {
     return QLatin1String(c.reply.key);
 }

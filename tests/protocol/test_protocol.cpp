@@ -9,8 +9,10 @@
 #include <QJsonArray>
 #include <QTemporaryDir>
 #include <QTest>
+#ifndef Q_OS_WIN
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 using namespace protocol;
 
@@ -336,18 +338,20 @@ void TestProtocol::readingFiles_data() {
     QTest::addColumn<QString>("message"); // empty: read
     QTest::newRow("regular") << "regular"
                              << "";
+    QTest::newRow("folder") << "folder"
+                            << "it is a folder";
+    QTest::newRow("17 MiB") << "large"
+                            << "larger than 16 MiB";
+#ifndef Q_OS_WIN // links, FIFOs and devices are Linux's; so is the wording of errno
     QTest::newRow("link to a regular file") << "link"
                                             << "";
     QTest::newRow("FIFO") << "fifo"
                           << "it is a FIFO, not a regular file";
     QTest::newRow("/dev/zero") << "zero"
                                << "it is a character device, not a regular file";
-    QTest::newRow("folder") << "folder"
-                            << "it is a folder";
-    QTest::newRow("17 MiB") << "large"
-                            << "larger than 16 MiB";
     QTest::newRow("missing") << "missing"
                              << "No such file or directory";
+#endif
 }
 
 void TestProtocol::readingFiles() {
@@ -364,8 +368,10 @@ void TestProtocol::readingFiles() {
     text.close();
     if (kind == "link")
         QVERIFY(QFile::link(real, path));
+#ifndef Q_OS_WIN
     if (kind == "fifo")
         QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+#endif
     if (kind == "zero")
         QVERIFY(QFile::link("/dev/zero", path));
     if (kind == "folder")
@@ -381,6 +387,9 @@ void TestProtocol::readingFiles() {
 // stays as it was, and the link is replaced by the new file. A private file stays
 // private when it is saved again.
 void TestProtocol::writingOverAPlantedLink() {
+#ifdef Q_OS_WIN
+    QSKIP("Windows users plant no links without privilege");
+#endif
     QTemporaryDir dir, elsewhere;
     const QString secret = elsewhere.filePath("shadow");
     QFile target(secret);

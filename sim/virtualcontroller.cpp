@@ -12,11 +12,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <deque>
-#include <fcntl.h>
 #include <functional>
 #include <optional>
-#include <unistd.h>
 #include <utility>
+#ifndef Q_OS_WIN
+#include <fcntl.h>
+#include <unistd.h>
+#endif
 
 namespace sim {
 
@@ -362,11 +364,16 @@ void VirtualController::resumeAccepting() {
 }
 
 bool VirtualController::descriptorFree() {
+#ifdef Q_OS_WIN
+    // Winsock sockets are handles, not descriptors of a small per-process table.
+    return true;
+#else
     const int fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     if (fd < 0)
         return errno != EMFILE && errno != ENFILE;
     ::close(fd);
     return true;
+#endif
 }
 
 bool VirtualController::isListening() const {

@@ -11,6 +11,11 @@ namespace {
 
 // Without a display Qt gives up with an abort; the operator deserves a sentence.
 bool displayNamed(const QStringList& arguments) {
+#ifdef Q_OS_WIN
+    // A Windows session always has its desktop.
+    Q_UNUSED(arguments);
+    return true;
+#endif
     for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         if (!qEnvironmentVariableIsEmpty(variable))
             return true;

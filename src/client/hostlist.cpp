@@ -24,6 +24,29 @@ QStringList entriesOf(const QString& path) {
     return bytes ? hostEntries(QString::fromLatin1(*bytes)) : QStringList{};
 }
 
+#ifdef Q_OS_WIN
+// Windows keeps a user's own settings in the roaming profile, which follows them from
+// one laptop to the next (%APPDATA%), and the machine's in %PROGRAMDATA%; the search
+// program reads the same two.
+QString windowsFolder(const char* variable) {
+    const QString folder = qEnvironmentVariable(variable);
+    return folder.isEmpty() ? QString() : QDir::fromNativeSeparators(folder);
+}
+
+QStringList listsOnThisMachine() {
+    QStringList found;
+    for (const char* variable : {"APPDATA", "PROGRAMDATA"})
+        if (const QString folder = windowsFolder(variable); !folder.isEmpty())
+            if (const QString path = QDir(folder).filePath(ListName); QFileInfo(path).isFile())
+                found << path;
+    return found;
+}
+#else
+QStringList listsOnThisMachine() {
+    return QStandardPaths::locateAll(QStandardPaths::GenericConfigLocation, ListName);
+}
+#endif
+
 } // namespace
 
 QStringList hostEntries(const QString& text) {
@@ -38,6 +61,10 @@ QStringList hostEntries(const QString& text) {
 }
 
 QString userHostListPath() {
+#ifdef Q_OS_WIN
+    if (const QString roaming = windowsFolder("APPDATA"); !roaming.isEmpty())
+        return QDir(roaming).filePath(ListName);
+#endif
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
         .filePath(ListName);
 }
@@ -47,8 +74,7 @@ HostList hostListInForce() {
     if (!fromEnvironment.isEmpty())
         return {HostList::Source::Environment, {}, fromEnvironment};
     const QString user = userHostListPath();
-    for (const QString& path :
-         QStandardPaths::locateAll(QStandardPaths::GenericConfigLocation, ListName))
+    for (const QString& path : listsOnThisMachine())
         if (const QStringList entries = entriesOf(path); !entries.isEmpty())
             return {path == user ? HostList::Source::User : HostList::Source::System, path,
                     entries};

@@ -5,7 +5,8 @@
 
 // Where the search program takes the hosts it probes from, looked up in its order: the
 // environment variable ZEDA_HOSTS, the user's panomat-set/ZEDA.conf (~/.config), the
-// system's (/etc/xdg), the list beside the program. A list without one entry counts as
+// system's (/etc/xdg), the list beside the program. On Windows the lists are in
+// %APPDATA% (the user's) and %PROGRAMDATA% (the machine's). A list without one entry counts as
 // none. With none, it probes the networks of this machine's interfaces.
 namespace search {
 

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QTemporaryFile>
 #include <QTimer>
 
 #ifdef Q_OS_WIN
@@ -35,6 +36,18 @@ QString escapedLine(const QByteArray& bytes) {
     return out.left(Run::MaxLineChars);
 }
 
+// Whether this user may create files in `folder`.
+bool writableFolder(const QString& folder) {
+#ifdef Q_OS_WIN
+    // On Windows isWritable() reads the read-only attribute alone, and Program Files
+    // has none: only administrators may write there, which only a real file tells.
+    QTemporaryFile probe(QDir(folder).filePath(QStringLiteral("panomat-XXXXXX.tmp")));
+    return probe.open();
+#else
+    return QFileInfo(folder).isWritable();
+#endif
+}
+
 QString besideProgram(const QString& name) {
     return QDir(QCoreApplication::applicationDirPath()).filePath(name);
 }
@@ -52,7 +65,7 @@ QString program() {
 
 QString resultFolder(const QString& program) {
     const QString folder = QCoreApplication::applicationDirPath();
-    if (QFileInfo(program).absolutePath() == folder && QFileInfo(folder).isWritable())
+    if (QFileInfo(program).absolutePath() == folder && writableFolder(folder))
         return folder;
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
         .filePath(QStringLiteral("panomat-set"));

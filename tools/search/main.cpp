@@ -10,6 +10,7 @@
 #include "zedafiles.h"
 #include "zedahosts.h"
 #include "zedanetworks.h"
+#include "zedaplatform.h"
 #include "zedaprobe.h"
 #include "zedaresults.h"
 
@@ -19,17 +20,18 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char Usage[] =
-    "Usage: ZEDA.exe [options]\n"
-    "Probes the configured hosts on TCP port 23 for video-wall controllers\n"
-    "and writes MAC.txt and IP.txt beside the program. With no host list\n"
-    "(ZEDA_HOSTS, ~/.config/panomat-set/ZEDA.conf, /etc/xdg/panomat-set/ZEDA.conf,\n"
+const std::string Usage =
+    std::string("Usage: ZEDA.exe [options]\n"
+                "Probes the configured hosts on TCP port 23 for video-wall controllers\n"
+                "and writes MAC.txt and IP.txt beside the program. With no host list\n"
+                "(ZEDA_HOSTS, ") +
+    UserHostListHint + ", " + SystemHostListHint +
+    ",\n"
     "ZEDA.conf beside the program) it probes the networks of this machine's\n"
     "interfaces: each whole up to a /22, else the /24 around the own address.\n"
     "\n"
@@ -46,43 +48,22 @@ std::string plural(size_t n, const char* noun) {
     return std::to_string(n) + ' ' + noun + (n == 1 ? "" : "s");
 }
 
-// The folder the program runs from: the shipped host list lies there, and the
-// result files go there unless told otherwise.
-std::string programFolder(const char* argv0) {
-    std::error_code error;
-    const fs::path self = fs::read_symlink("/proc/self/exe", error);
-    return (error ? fs::absolute(argv0, error) : self).parent_path().string();
-}
+#ifdef _WIN32
+constexpr char Separator = '\\';
+#else
+constexpr char Separator = '/';
+#endif
+const std::string ListName = std::string("panomat-set") + Separator + "ZEDA.conf";
 
-// The first `name` in the user's XDG configuration folder (~/.config), then in the
-// system's ($XDG_CONFIG_DIRS, /etc/xdg when unset).
+// The first `name` in the configuration folders, the user's first.
 std::optional<std::string> locateConfig(const std::string& name) {
-    std::vector<std::string> folders;
-    const char* home = std::getenv("XDG_CONFIG_HOME");
-    if (home && *home == '/')
-        folders.emplace_back(home);
-    else if (const char* user = std::getenv("HOME"))
-        folders.push_back(std::string(user) + "/.config");
-    const char* dirs = std::getenv("XDG_CONFIG_DIRS");
-    std::istringstream system(dirs && *dirs ? dirs : "/etc/xdg");
-    for (std::string folder; std::getline(system, folder, ':');)
-        if (!folder.empty() && folder.front() == '/')
-            folders.push_back(folder);
-    for (const std::string& folder : folders) {
+    for (const std::string& folder : configFolders()) {
         std::error_code error;
-        if (fs::is_regular_file(folder + '/' + name, error))
-            return folder + '/' + name;
+        const std::string path = folder + Separator + name;
+        if (fs::is_regular_file(path, error))
+            return path;
     }
     return std::nullopt;
-}
-
-// The host list as the operator knows it: their home folder as "~".
-std::string shownPath(const std::string& path) {
-    const char* home = std::getenv("HOME");
-    const std::string prefix = home && *home == '/' ? std::string(home) + '/' : std::string();
-    if (!prefix.empty() && prefix != "//" && path.rfind(prefix, 0) == 0)
-        return escaped("~/" + path.substr(prefix.size()), 256);
-    return escaped(path, 256);
 }
 
 // A list that names nothing at all (the shipped example, all comments) is no list: the
@@ -108,7 +89,7 @@ std::optional<Configured> configuredHosts(const std::string& folder) {
         say("hosts from ZEDA_HOSTS");
         return Configured{parseHostList(fromEnv), "ZEDA_HOSTS"};
     }
-    const std::string path = locateConfig("panomat-set/ZEDA.conf").value_or(folder + "/ZEDA.conf");
+    const std::string path = locateConfig(ListName).value_or(folder + Separator + "ZEDA.conf");
     std::string text, why;
     switch (readRegularFile(path, MaxHostListBytes, &text, &why)) {
     case ReadResult::Missing:
@@ -144,8 +125,9 @@ std::vector<uint32_t> machineNetworkHosts() {
     for (const std::string& note : plan.notes)
         say(note);
     if (plan.networks.empty()) {
-        say("no network to search: no interface is up with an IPv4 address; name hosts in "
-            "ZEDA_HOSTS or ~/.config/panomat-set/ZEDA.conf");
+        say(std::string("no network to search: no interface is up with an IPv4 address; name "
+                        "hosts in ZEDA_HOSTS or ") +
+            UserHostListHint);
         return {};
     }
     std::string all;
@@ -167,13 +149,6 @@ std::vector<uint32_t> machineNetworkHosts() {
     return plan.hosts;
 }
 
-std::string neighbourTableText() {
-    std::string text, why;
-    // None on a system without IPv4: no MACs known.
-    readRegularFile("/proc/net/arp", MaxHostListBytes, &text, &why);
-    return text;
-}
-
 } // namespace
 
 int main(int argc, char* argv[]) {
@@ -181,7 +156,7 @@ int main(int argc, char* argv[]) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view arg = argv[i];
         if (arg == "-h" || arg == "--help") {
-            std::fputs(Usage, stdout);
+            std::fputs(Usage.c_str(), stdout);
             return 0;
         }
         if (arg == "-v" || arg == "--version") {
@@ -195,7 +170,7 @@ int main(int argc, char* argv[]) {
         else {
             std::fprintf(stderr, "ZEDA.exe: %s '%s'.\n\n%s",
                          arg == "--output-dir" ? "Missing value after" : "Unknown option", argv[i],
-                         Usage);
+                         Usage.c_str());
             return 1;
         }
     }
@@ -230,7 +205,7 @@ int main(int argc, char* argv[]) {
         return 1;
     }
 
-    const auto neighbours = parseNeighbourTable(neighbourTableText());
+    const auto neighbours = neighbourMacs();
     std::vector<FoundDevice> devices;
     for (const ProbeFound& f : controllers) {
         const auto known = neighbours.find(f.address);

@@ -1,7 +1,10 @@
 #include "zedafiles.h"
 
-#include <cerrno>
 #include <cstdio>
+
+// Windows: zedafiles_win.cpp.
+#ifndef _WIN32
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <random>
@@ -183,6 +186,8 @@ bool writeFilesReplacing(const std::string& folder, const std::vector<FileToWrit
         }
     return true;
 }
+
+#endif // _WIN32
 
 std::string escaped(std::string_view bytes, size_t limit) {
     std::string out;

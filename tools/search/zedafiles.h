@@ -36,10 +36,12 @@ struct FileToWrite {
 bool writeFilesReplacing(const std::string& folder, const std::vector<FileToWrite>& files,
                          std::string* error);
 
+#ifndef _WIN32
 // Why root must not write into the folder open as `fd`, or empty: another user owns
 // it, or can write it (group or world) without the sticky bit that keeps them from
 // removing or renaming root's files there.
 std::string sharedFolderProblem(int fd);
+#endif
 
 // A reply or entry as the terminal may see it: \r, \n, \t, \\ and \xNN for other
 // control and non-ASCII bytes, at most `limit` input bytes.

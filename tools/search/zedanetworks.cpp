@@ -2,14 +2,16 @@
 
 #include "zedafiles.h"
 #include "zedahosts.h"
+#include "zedaifflags.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <bit>
-#include <ifaddrs.h>
-#include <net/if.h>
-#include <netinet/in.h>
 #include <set>
+#ifndef _WIN32
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <netinet/in.h>
+#endif
 
 namespace {
 
@@ -86,6 +88,8 @@ NetworkPlan networksToSearch(const std::vector<InterfaceAddress>& interfaces) {
     return plan;
 }
 
+// Windows: zedaplatform_win.cpp.
+#ifndef _WIN32
 std::vector<InterfaceAddress> machineInterfaces() {
     std::vector<InterfaceAddress> result;
     ifaddrs* list = nullptr;
@@ -114,3 +118,4 @@ std::vector<InterfaceAddress> machineInterfaces() {
     freeifaddrs(list);
     return result;
 }
+#endif

@@ -11,7 +11,7 @@
 // One IPv4 address of an interface, as getifaddrs gives it.
 struct InterfaceAddress {
     std::string name;
-    unsigned flags = 0; // IFF_*
+    unsigned flags = 0; // IFF_* as on Linux (zedaifflags.h)
     uint32_t address = 0;
     uint32_t netmask = 0;
     uint32_t peer = 0; // the far end of a point-to-point link, 0 when none
